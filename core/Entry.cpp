@@ -1,0 +1,3 @@
+#include "core/Entry.h"
+
+int ostravineMain(int argc, char** argv) { return 0; }

@@ -1,0 +1,24 @@
+#!/usr/bin/env bash
+# Installs what is needed, builds, and runs every test: first the normal
+# build, then a build with AddressSanitizer and UndefinedBehaviorSanitizer.
+# Tests that need a display run under Xvfb with Mesa's software renderer.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+bash scripts/install-deps.sh
+jobs=$(nproc)
+export SDL_AUDIODRIVER=dummy
+
+echo "== build"
+bash scripts/build.sh
+echo "== tests"
+(cd build && xvfb-run -a -s "-screen 0 1280x1024x24" ctest --output-on-failure -j"$jobs")
+
+if [ "${SKIP_SANITIZERS:-0}" != 1 ]; then
+  echo "== sanitizer build (ASan + UBSan)"
+  BUILD_DIR=build-sanitize BUILD_TYPE=Debug bash scripts/build.sh -DOSTRAVINE_SANITIZE=ON
+  echo "== sanitizer tests"
+  # Reference-image renders through the whole program are left to the normal
+  # build: under the sanitizers they take many minutes and prove nothing new.
+  (cd build-sanitize && ASAN_OPTIONS=detect_leaks=0 UBSAN_OPTIONS=print_stacktrace=1 \
+    xvfb-run -a -s "-screen 0 1280x1024x24" ctest --output-on-failure -j"$jobs" -LE slow)
+fi

@@ -1,0 +1,96 @@
+#include "support/GLTestContext.h"
+
+#include <GL/glew.h>
+#include <GL/glu.h>
+#include <SDL/SDL.h>
+
+#include <cstdlib>
+#include <cstring>
+
+#include "foundation/Capabilities.h"
+
+namespace testgl {
+namespace {
+bool opened = false;
+bool ok = false;
+int w = 0, h = 0;
+}  // namespace
+
+bool open(int width, int height) {
+  if (opened) return ok;
+  opened = true;
+  // Render straight into the window: tests read back what they draw.
+  setenv("SDL12COMPAT_OPENGL_SCALING", "0", 1);
+  if (!getenv("DISPLAY")) return false;
+  if (SDL_Init(SDL_INIT_VIDEO | SDL_INIT_TIMER) < 0) return false;
+  SDL_GL_SetAttribute(SDL_GL_RED_SIZE, 8);
+  SDL_GL_SetAttribute(SDL_GL_GREEN_SIZE, 8);
+  SDL_GL_SetAttribute(SDL_GL_BLUE_SIZE, 8);
+  SDL_GL_SetAttribute(SDL_GL_ALPHA_SIZE, 8);
+  SDL_GL_SetAttribute(SDL_GL_DOUBLEBUFFER, 1);
+  SDL_GL_SetAttribute(SDL_GL_DEPTH_SIZE, 24);
+  if (!SDL_SetVideoMode(width, height, 0, SDL_OPENGL | SDL_DOUBLEBUF | SDL_HWSURFACE)) return false;
+  if (glewInit() != GLEW_OK) return false;
+  w = width;
+  h = height;
+  hasDepthTexture = GLEW_ARB_depth_texture;
+  hasShadowExtension = GLEW_ARB_shadow;
+  hasTextureRectangle = false;
+  useFramebufferObjects = false;
+  hasFramebufferObject = GLEW_EXT_framebuffer_object;
+  useVertexBuffers = true;
+  useDisplayLists = false;
+  hasBlendFuncSeparate = GLEW_EXT_blend_func_separate;
+  hasVertexProgram = GLEW_ARB_vertex_program;
+  hasFragmentProgram = GLEW_ARB_fragment_program;
+  hasTextureEnvCombine = GLEW_EXT_texture_env_combine;
+  hasMultitexture = GLEW_ARB_multitexture;
+  glGetIntegerv(GL_MAX_TEXTURE_UNITS, &textureUnitCount);
+
+  glClearColor(0, 0, 0, 1);
+  glClearDepth(1.0);
+  glDepthFunc(GL_LESS);
+  glEnable(GL_DEPTH_TEST);
+  glShadeModel(GL_SMOOTH);
+  glEnable(GL_LIGHTING);
+  glColorMaterial(GL_FRONT_AND_BACK, GL_AMBIENT_AND_DIFFUSE);
+  glEnable(GL_COLOR_MATERIAL);
+  glCullFace(GL_BACK);
+  glEnable(GL_CULL_FACE);
+  glMatrixMode(GL_PROJECTION);
+  glLoadIdentity();
+  gluPerspective(45.0, double(width) / double(height), 0.1, 1000.0);
+  glMatrixMode(GL_MODELVIEW);
+  glLoadIdentity();
+  glViewport(0, 0, width, height);
+  glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+  drainErrors();
+  ok = true;
+  return true;
+}
+
+int width() { return w; }
+int height() { return h; }
+
+std::vector<uint8_t> readPixels(int x, int y, int rw, int rh) {
+  std::vector<uint8_t> bottomUp(size_t(rw) * rh * 4), topDown(size_t(rw) * rh * 4);
+  glPixelStorei(GL_PACK_ALIGNMENT, 1);
+  glReadPixels(x, y, rw, rh, GL_RGBA, GL_UNSIGNED_BYTE, bottomUp.data());
+  for (int row = 0; row < rh; ++row)
+    std::memcpy(&topDown[size_t(row) * rw * 4], &bottomUp[size_t(rh - 1 - row) * rw * 4], size_t(rw) * 4);
+  return topDown;
+}
+
+std::vector<unsigned> drainErrors() {
+  std::vector<unsigned> errors;
+  for (int guard = 0; guard < 64; ++guard) {
+    GLenum e = glGetError();
+    if (e == GL_NO_ERROR) break;
+    errors.push_back(e);
+  }
+  return errors;
+}
+
+void swap() { SDL_GL_SwapBuffers(); }
+
+}  // namespace testgl

@@ -1,0 +1,39 @@
+// GLTestContext: a small OpenGL window for tests of the GL layers.
+//
+// Opens an SDL 1.2 window of the given size in pixels (windowed, double
+// buffered, RGBA 8 bits, depth buffer), initialises GLEW, sets the capability
+// flags of foundation/Capabilities.h from the driver the way the display
+// start-up does (useFramebufferObjects stays false, useVertexBuffers true),
+// and sets the display defaults (perspective 45 degrees, depth test, lighting,
+// colour material, back-face culling). Needs an X display: the test command
+// runs under Xvfb. Tests call GLTestContext::open() at their start; when no
+// display is available the test is skipped with a message.
+#pragma once
+#include <string>
+#include <vector>
+#include <cstdint>
+
+namespace testgl {
+
+// Opens the window once per process; later calls return the same state.
+// Returns false (and the caller should GTEST_SKIP) when no GL context could be made.
+bool open(int width = 320, int height = 240);
+
+int width();
+int height();
+
+// Reads the back buffer (or the bound framebuffer) as RGBA rows, top row first,
+// as image files store them.
+std::vector<uint8_t> readPixels(int x, int y, int w, int h);
+
+// Every glGetError code pending, drained; empty when the state is clean.
+std::vector<unsigned> drainErrors();
+
+void swap();
+
+}  // namespace testgl
+
+#define REQUIRE_GL(w, h)                                          \
+  do {                                                            \
+    if (!testgl::open((w), (h))) GTEST_SKIP() << "no GL display"; \
+  } while (0)

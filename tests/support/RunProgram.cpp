@@ -1,0 +1,77 @@
+#include "support/RunProgram.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstring>
+#include <sstream>
+
+namespace testrun {
+
+Result run(const std::string& command, const std::string& directory, int timeoutSeconds) {
+  Result r;
+  int outPipe[2], errPipe[2];
+  if (pipe(outPipe) != 0 || pipe(errPipe) != 0) return r;
+  pid_t pid = fork();
+  if (pid < 0) return r;
+  if (pid == 0) {
+    setpgid(0, 0);
+    dup2(outPipe[1], 1);
+    dup2(errPipe[1], 2);
+    close(outPipe[0]);
+    close(errPipe[0]);
+    if (!directory.empty() && chdir(directory.c_str()) != 0) _exit(127);
+    execl("/bin/sh", "sh", "-c", command.c_str(), (char*)nullptr);
+    _exit(127);
+  }
+  close(outPipe[1]);
+  close(errPipe[1]);
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(timeoutSeconds);
+  bool outOpen = true, errOpen = true;
+  char buffer[65536];
+  while (outOpen || errOpen) {
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    if (left.count() <= 0) {
+      r.timedOut = true;
+      kill(-pid, SIGKILL);
+      break;
+    }
+    pollfd fds[2] = {{outPipe[0], POLLIN, 0}, {errPipe[0], POLLIN, 0}};
+    int n = poll(fds, 2, int(left.count() > 1000 ? 1000 : left.count()));
+    if (n <= 0) continue;
+    for (int i = 0; i < 2; ++i) {
+      if (!(fds[i].revents & (POLLIN | POLLHUP | POLLERR))) continue;
+      ssize_t got = read(fds[i].fd, buffer, sizeof buffer);
+      if (got <= 0) {
+        (i == 0 ? outOpen : errOpen) = false;
+      } else {
+        (i == 0 ? r.out : r.err).append(buffer, size_t(got));
+      }
+    }
+  }
+  close(outPipe[0]);
+  close(errPipe[0]);
+  int status = 0;
+  waitpid(pid, &status, 0);
+  if (WIFEXITED(status)) r.exitStatus = WEXITSTATUS(status);
+  if (WIFSIGNALED(status)) r.signal = WTERMSIG(status);
+  return r;
+}
+
+Result runOstravine(const std::string& arguments, int timeoutSeconds) {
+  return run(std::string("'") + OSTRAVINE_EXECUTABLE + "' " + arguments, OSTRAVINE_RUN_DIR, timeoutSeconds);
+}
+
+std::vector<std::string> lines(const std::string& text) {
+  std::vector<std::string> result;
+  std::istringstream in(text);
+  std::string line;
+  while (std::getline(in, line)) result.push_back(line);
+  return result;
+}
+
+}  // namespace testrun

@@ -1,0 +1,28 @@
+// RunProgram: runs a command for tests and collects what it printed.
+//
+// The command runs through /bin/sh in the given directory, with stdout and
+// stderr captured separately, and is killed after timeoutSeconds.
+#pragma once
+#include <string>
+#include <vector>
+
+namespace testrun {
+
+struct Result {
+  int exitStatus = -1;     // exit status, or -1 when killed by a signal
+  int signal = 0;          // the signal that ended it, 0 if none
+  bool timedOut = false;
+  std::string out;         // standard output
+  std::string err;         // standard error
+};
+
+Result run(const std::string& command, const std::string& directory, int timeoutSeconds = 120);
+
+// Runs the ostravine executable from the run directory with the given
+// arguments (a plain string, passed through the shell).
+Result runOstravine(const std::string& arguments, int timeoutSeconds = 120);
+
+// Lines of a text, without their line ends.
+std::vector<std::string> lines(const std::string& text);
+
+}  // namespace testrun
