@@ -1,0 +1,82 @@
+// imagegen: writes every picture of the production into one folder.
+//
+//   imagegen <output folder> [<font folder>]
+//
+// The font folder holds the DejaVu faces (default
+// /usr/share/fonts/truetype/dejavu). Output is deterministic: the same build
+// writes the same bytes on every run. Exit status 0 on success, 1 on any
+// failure, with a line on the error stream saying what failed.
+#include <cstdio>
+#include <filesystem>
+#include <string>
+#include <system_error>
+
+#include "GlyphGrid.h"
+#include "Image.h"
+#include "Lettering.h"
+#include "Textures.h"
+
+namespace {
+
+struct Writer {
+  std::string folder;
+  bool failed = false;
+  void write(const std::string& name, const Image& image, int channels) {
+    std::string error;
+    if (!writePng(folder + "/" + name, image, channels, error)) {
+      std::fprintf(stderr, "imagegen: %s\n", error.c_str());
+      failed = true;
+    }
+  }
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 2 || argc > 3) {
+    std::fprintf(stderr, "usage: imagegen <output folder> [<font folder>]\n");
+    return 1;
+  }
+  Writer out{argv[1]};
+  std::error_code made;
+  std::filesystem::create_directories(out.folder, made);
+  const std::string fonts = argc > 2 ? argv[2] : "/usr/share/fonts/truetype/dejavu";
+
+  Typeface mono(fonts + "/DejaVuSansMono.ttf");
+  Typeface sans(fonts + "/DejaVuSans.ttf");
+  Typeface bold(fonts + "/DejaVuSans-Bold.ttf");
+  Typeface serif(fonts + "/DejaVuSerif.ttf");
+  for (Typeface* face : {&mono, &sans, &bold, &serif}) {
+    if (!face->ok()) {
+      std::fprintf(stderr, "imagegen: %s (package fonts-dejavu-core)\n", face->error().c_str());
+      return 1;
+    }
+  }
+
+  // Surfaces.
+  out.write("hopmet.png", makeHammeredMetal(), 3);
+  out.write("hopmetnoiseb.png", makeNoisyMetal(), 3);
+  out.write("solidnoisebump.png", makeSolidNoiseBump(), 3);
+  // black.png and bill.png are faces of one cube map: both square, same size.
+  out.write("black.png", makeFlat(256, 0.0f), 3);
+  out.write("white.png", makeFlat(64, 1.0f), 3);
+  out.write("bill.png", makeHighlight(), 3);
+  out.write("billbig.png", makeGlowSprite(), 3);
+  out.write("bill_d2c_holes.png", makeHoledGlare(), 3);
+
+  // The maker titles are shown on a 3 : 1 quad, so their 4 : 1 pictures hold
+  // letters widened by 4 / 3.
+  out.write("kestrin.png", makeTitle(sans, U"KESTRIN", 512, 128, 84, 4.0f / 3.0f, 16, 0.35f), 4);
+  out.write("ks.png", makeTitle(serif, U"presents", 512, 128, 84, 4.0f / 3.0f, 6, 0.35f), 4);
+  out.write("mb.png", makeTitle(bold, U"mb", 512, 512, 260, 1.0f, 8, 0.3f), 4);
+  out.write("cd.png", makeTitle(bold, U"cd", 512, 512, 260, 1.0f, 8, 0.3f), 4);
+  out.write("OSTL512.png", makeLogo(sans, false), 4);
+  out.write("OSTL512b.png", makeLogo(sans, true), 3);
+
+  out.write("noisis2.png", makeMote(0), 4);
+  out.write("noisis5.png", makeMote(1), 4);
+
+  out.write("fonge3bb.png", buildGlyphGrid(mono, mainFontLayout()), 4);
+  out.write("font2.png", buildGlyphGrid(mono, loadingFontLayout()), 4);
+  return out.failed ? 1 : 0;
+}
