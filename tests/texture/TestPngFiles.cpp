@@ -7,6 +7,7 @@
 
 #include <csetjmp>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -25,6 +26,16 @@ bool writeBody(png_structp png, png_infop info, FILE* file, const Layout& layout
   png_write_png(png, info, PNG_TRANSFORM_IDENTITY, nullptr);
   return true;
 }
+
+// Scratch directories are removed when the test process ends.
+struct ScratchDirectories {
+  std::vector<std::string> paths;
+  ~ScratchDirectories() {
+    std::error_code ignored;
+    for (const std::string& path : paths) std::filesystem::remove_all(path, ignored);
+  }
+};
+ScratchDirectories scratchDirectories;
 
 int channelsOf(int colourType) {
   switch (colourType) {
@@ -94,6 +105,7 @@ std::string scratchDirectory() {
   if (test) dir += std::string("_") + test->name();
   dir += "/";
   mkdir(dir.c_str(), 0755);
+  scratchDirectories.paths.push_back(dir);
   return dir;
 }
 

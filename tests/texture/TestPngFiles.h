@@ -31,7 +31,7 @@ bool writeRgba(const std::string& path, int width, int height, const std::vector
 // width x height pixels of one colour, RGB or RGBA (4 values given).
 bool writeSolid(const std::string& path, int width, int height, std::vector<uint8_t> colour);
 
-// A fresh, empty directory for this test (ends with '/').
+// A fresh, empty directory for this test (ends with '/'), removed at process exit.
 std::string scratchDirectory();
 
 std::vector<uint8_t> readFile(const std::string& path);

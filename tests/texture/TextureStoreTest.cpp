@@ -168,6 +168,18 @@ TEST_F(TextureStoreTest, FailedLoadsMakeNothingAndReturnTheReadersCode) {
   grey.height = 4;
   grey.colourType = 0;
   ASSERT_TRUE(testpng::write(dir + "grey.png", grey, std::vector<uint8_t>(16, 99)));
+  testpng::Layout palette = grey;
+  palette.colourType = 3;
+  palette.palette = {255, 0, 0, 0, 255, 0};
+  ASSERT_TRUE(testpng::write(dir + "palette.png", palette, std::vector<uint8_t>(16, 1)));
+  testpng::Layout deep = grey;
+  deep.colourType = 6;
+  deep.bitDepth = 16;
+  ASSERT_TRUE(testpng::write(dir + "deep.png", deep, testpng::pattern(4 * 8, 4, 1)));
+  ASSERT_TRUE(testpng::writeRgb(dir + "whole.png", 16, 16, testpng::pattern(16, 16, 3)));
+  std::vector<uint8_t> cut = testpng::readFile(dir + "whole.png");
+  cut.resize(cut.size() / 2);
+  testpng::writeFile(dir + "cut.png", cut);
   TextureStore store;
   glBindTexture(GL_TEXTURE_2D, 0);
   EXPECT_EQ(store.loadTexture(dir + "missing.png", "m"), 1);
@@ -175,6 +187,9 @@ TEST_F(TextureStoreTest, FailedLoadsMakeNothingAndReturnTheReadersCode) {
   EXPECT_EQ(store.loadTexture(dir + "text.png", "t"), 5);
   EXPECT_EQ(store.loadTexture(dir + "sigonly.png", "g"), 6);
   EXPECT_EQ(store.loadTexture(dir + "grey.png", "grey"), 5);
+  EXPECT_EQ(store.loadTexture(dir + "palette.png", "palette"), 5);
+  EXPECT_EQ(store.loadTexture(dir + "deep.png", "deep"), 5);
+  EXPECT_EQ(store.loadTexture(dir + "cut.png", "cut"), 6);
   EXPECT_EQ(store.loadTexture(dir + "missing.png", "m", nullptr, nullptr, false, {}, 1.0f, 0, true), 1);
   EXPECT_TRUE(store.records().empty());
   EXPECT_EQ(store.findTextureId("m"), noTexture);
