@@ -117,6 +117,15 @@ bool TextureStore::textureFileExists(const std::string& directory, const std::st
 
 int TextureStore::loadTexture(const std::string& path, const std::string& name,
                               const Vector3* colourScale, const Vector3* colourOffset,
+                              bool isCubeMap, const std::vector<std::string>* cubeFaceFiles,
+                              float saturation, int mipLevel, bool buildMipmaps) {
+  static const std::vector<std::string> noFiles;
+  return loadTexture(path, name, colourScale, colourOffset, isCubeMap,
+                     cubeFaceFiles ? *cubeFaceFiles : noFiles, saturation, mipLevel, buildMipmaps);
+}
+
+int TextureStore::loadTexture(const std::string& path, const std::string& name,
+                              const Vector3* colourScale, const Vector3* colourOffset,
                               bool isCubeMap, const std::vector<std::string>& cubeFaceFiles,
                               float saturation, int mipLevel, bool buildMipmaps) {
   const ColourArguments colour(colourScale, colourOffset);

@@ -61,11 +61,16 @@ class TextureStore {
   //                 glTexImage2D level
   // No sampler state is sent; callers wanting mip levels either pass
   // buildMipmaps or call glGenerateMipmapEXT while the texture is still bound.
+  // cubeFaceFiles may be given as a list ({"a.png", ...}), as {} or as a
+  // pointer (null for none); both forms do the same.
   int loadTexture(const std::string& path, const std::string& name,
                   const Vector3* colourScale = nullptr, const Vector3* colourOffset = nullptr,
-                  bool isCubeMap = false,
-                  const std::vector<std::string>& cubeFaceFiles = std::vector<std::string>(),
+                  bool isCubeMap = false, const std::vector<std::string>* cubeFaceFiles = nullptr,
                   float saturation = 1.0f, int mipLevel = 0, bool buildMipmaps = false);
+  int loadTexture(const std::string& path, const std::string& name, const Vector3* colourScale,
+                  const Vector3* colourOffset, bool isCubeMap,
+                  const std::vector<std::string>& cubeFaceFiles, float saturation = 1.0f,
+                  int mipLevel = 0, bool buildMipmaps = false);
 
   // The record's GL name, or noTexture. First match from the start of the list.
   uint32_t findTextureId(const std::string& name) const;

@@ -495,6 +495,21 @@ TEST_F(TextureStoreTest, CubeMapFailureKeepsTheFacesBeforeIt) {
   EXPECT_EQ(store.records().size(), 2u);
 }
 
+TEST_F(TextureStoreTest, FaceListMayBeGivenByPointer) {
+  ASSERT_TRUE(testpng::writeSolid(dir + "f.png", 2, 2, {10, 20, 30}));
+  ASSERT_TRUE(testpng::writeSolid(dir + "g.png", 2, 2, {40, 50, 60}));
+  const std::vector<std::string> files = {dir + "f.png", dir + "g.png"};
+  TextureStore store;
+  ASSERT_EQ(store.loadTexture("", "byPointer", nullptr, nullptr, true, &files), 0);
+  glBindTexture(GL_TEXTURE_CUBE_MAP, store.findTextureId("byPointer"));
+  EXPECT_EQ(texels(GL_TEXTURE_CUBE_MAP_NEGATIVE_X), solid(2, 2, {40, 50, 60, 255}));
+  EXPECT_EQ(store.loadTexture("", "nullFaces", nullptr, nullptr, true, nullptr), 0);
+  EXPECT_EQ(store.findTextureId("nullFaces"), noTexture);
+  // The 2D path with a null list, as the font load writes it.
+  ASSERT_EQ(store.loadTexture(dir + "f.png", "flat", nullptr, nullptr, false, nullptr, 1.0f, 0, true), 0);
+  EXPECT_EQ(store.findTextureRecord("flat").width, 2);
+}
+
 TEST_F(TextureStoreTest, CubeMapFaceCountIsNotChecked) {
   ASSERT_TRUE(testpng::writeSolid(dir + "f.png", 2, 2, {10, 20, 30}));
   TextureStore store;
