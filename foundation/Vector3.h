@@ -91,7 +91,9 @@ class Vector3 {
   //   axis 0: y' = c·y + s·z, z' = c·z − s·y
   //   axis 1: x' = c·x + s·z, z' = c·z − s·x
   //   axis 2: x' = c·x − s·y, y' = c·y + s·x
-  // Another index leaves the result unset, which here is (0, 0, 0).
+  // Axis 0 thus turns the opposite way to axes 1 and 2 (and to rotatedAround);
+  // kept, callers are built on it. Another index leaves the result unset,
+  // which here is (0, 0, 0).
   Vector3 rotatedAroundAxisIndex(int axis, float angle) const;
 
   // Rotation by `angle` about the unit axis u (Rodrigues), with d = u·v:
