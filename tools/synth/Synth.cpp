@@ -312,6 +312,13 @@ struct Filter {
 // Filter cutoffs are refreshed every this many samples, not every sample.
 const int controlPeriod = 32;
 
+// Every voice ends with a 15 ms fade to zero, so cutting off what is left of
+// an exponential tail never clicks.
+double tailTaper(int64_t i, int64_t n, int rate) {
+  const double left = double(n - i) / (0.015 * rate);
+  return left < 1.0 ? left : 1.0;
+}
+
 // The mix: a window of the track, dry and delay-send buses.
 struct Mix {
   int rate;
@@ -363,7 +370,7 @@ void kick(Mix& mix, double t, double velocity) {
     phase += hz / mix.rate;
     const double body = std::sin(twoPi * phase) * std::exp(-tt / 0.17);
     const double click = noise.next() * std::exp(-tt / 0.002) * 0.25;
-    const double v = (body + click) * velocity * 0.85;
+    const double v = (body + click) * velocity * 0.85 * tailTaper(i, n, mix.rate);
     mix.add(s0 + i, v, v);
   }
 }
@@ -382,7 +389,7 @@ void snare(Mix& mix, double t, double velocity) {
     const double tt = double(i) / mix.rate;
     hp.run(noise.next());
     const double v = (hp.high * std::exp(-tt / 0.07) * 0.55 + std::sin(twoPi * 190.0 * tt) * std::exp(-tt / 0.035) * 0.45) *
-                     velocity * 0.55;
+                     velocity * 0.55 * tailTaper(i, n, mix.rate);
     mix.add(s0 + i, v * l, v * r);
   }
 }
@@ -401,7 +408,7 @@ void hat(Mix& mix, double t, double velocity, bool open) {
   for (int64_t i = 0; i < n; ++i) {
     const double tt = double(i) / mix.rate;
     hp.run(noise.next());
-    const double v = hp.high * std::exp(-tt / decay) * velocity * 0.12;
+    const double v = hp.high * std::exp(-tt / decay) * velocity * 0.12 * tailTaper(i, n, mix.rate);
     mix.add(s0 + i, v * l, v * r);
   }
 }
@@ -417,7 +424,7 @@ void crash(Mix& mix, double t) {
   hpR.set(4200.0, 0.7, mix.rate);
   for (int64_t i = 0; i < n; ++i) {
     const double tt = double(i) / mix.rate;
-    const double env = std::exp(-tt / 0.8) * 0.2;
+    const double env = std::exp(-tt / 0.8) * 0.2 * tailTaper(i, n, mix.rate);
     hpL.run(noiseL.next());
     hpR.run(noiseR.next());
     mix.add(s0 + i, hpL.high * env, hpR.high * env);
@@ -444,7 +451,7 @@ void bass(Mix& mix, double t, double duration, int note, double bright) {
     subPhase += 0.5 * dt;
     if (subPhase >= 1.0) subPhase -= 1.0;
     lp.run(saw.saw(dt) * 0.7 + std::sin(twoPi * subPhase) * 0.6);
-    const double v = lp.low * env * 0.3;
+    const double v = lp.low * env * 0.3 * tailTaper(i, n, mix.rate);
     mix.add(s0 + i, v, v);
   }
 }
@@ -485,7 +492,7 @@ void pad(Mix& mix, double t, double duration, int note, double level, double bri
     }
     lpL.run(l);
     lpR.run(r);
-    const double g = env * level * 0.045;
+    const double g = env * level * 0.045 * tailTaper(i, n, mix.rate);
     mix.add(s0 + i, lpL.low * g, lpR.low * g, 0.15);
   }
 }
@@ -511,7 +518,7 @@ void lead(Mix& mix, double t, double duration, int note, double level, double br
     env *= 0.75 + 0.25 * std::exp(-tt / 0.25);
     if (tt > duration) env *= std::exp(-(tt - duration) / release);
     lp.run(a.square(dt) * 0.5 + b.saw(dt * 1.003) * 0.5);
-    const double v = lp.low * env * level * 0.2;
+    const double v = lp.low * env * level * 0.2 * tailTaper(i, n, mix.rate);
     mix.add(s0 + i, v * l, v * r, 0.35);
   }
 }
@@ -531,7 +538,7 @@ void arpNote(Mix& mix, double t, int note, double level, double bright, double p
     if (i % controlPeriod == 0) lp.set((900.0 + 3000.0 * bright) * (0.4 + 0.6 * std::exp(-tt / 0.06)), 1.1, mix.rate);
     const double env = std::min(1.0, tt / 0.003) * std::exp(-tt / 0.085);
     lp.run(osc.square(dt));
-    const double v = lp.low * env * level * 0.13;
+    const double v = lp.low * env * level * 0.13 * tailTaper(i, n, mix.rate);
     mix.add(s0 + i, v * l, v * r, 0.45);
   }
 }
@@ -619,13 +626,20 @@ void renderSection(Mix& mix, const Score& score, size_t index) {
       }
     }
 
-    // Pad: the chord held for the bar.
-    if (k == 0 && s.pad > 0) {
-      const double barEnd = std::min(end, t + 16 * step);
+    // Pad: the chord held for as many bars as it repeats.
+    auto sameChord = [&](int a, int b) {
+      const Chord& x = progression[size_t(a) % progression.size()];
+      const Chord& y = progression[size_t(b) % progression.size()];
+      return x.root == y.root && x.minor == y.minor;
+    };
+    if (k == 0 && s.pad > 0 && !(bar > 0 && sameChord(bar - 1, bar))) {
+      int bars = 1;
+      while (bar + bars <= fullBars && sameChord(bar, bar + bars)) ++bars;
+      const double chordEnd = std::min(end, t + bars * 16 * step);
       int tones[3];
       chordTones(chord, 55, tones);
-      for (int tone : tones) pad(mix, t, barEnd - t, tone, s.pad, s.bright);
-      pad(mix, t, barEnd - t, placeInOctave(chord.root, 43), s.pad * 0.7, s.bright);
+      for (int tone : tones) pad(mix, t, chordEnd - t, tone, s.pad, s.bright);
+      pad(mix, t, chordEnd - t, placeInOctave(chord.root, 43), s.pad * 0.7, s.bright);
     }
   }
 
