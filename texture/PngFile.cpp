@@ -8,6 +8,8 @@
 
 namespace {
 
+constexpr png_uint_32 maxImageSide = 32768;
+
 struct FileCloser {
   void operator()(FILE* file) const { std::fclose(file); }
 };
@@ -22,6 +24,9 @@ using FileHandle = std::unique_ptr<FILE, FileCloser>;
 bool decodeWholeImage(png_structp png, png_infop info) {
   if (setjmp(png_jmpbuf(png))) return false;
   png_set_keep_unknown_chunks(png, 0, nullptr, 0);
+  // No texture can be larger than this; a damaged header claiming more would
+  // otherwise have every row allocated before the data runs out.
+  png_set_user_limits(png, maxImageSide, maxImageSide);
   // Identity: nothing is expanded, stripped or swapped.
   png_read_png(png, info, PNG_TRANSFORM_IDENTITY, nullptr);
   return true;

@@ -18,7 +18,8 @@
 //   1  the file does not open for reading
 //   5  fewer than 4 bytes, a signature that is not PNG's, or a file that is
 //      not 8-bit RGB or RGBA (palette, grey, grey+alpha, 16-bit)
-//   6  libpng could not start, or reported an error (a damaged or truncated body)
+//   6  libpng could not start, or reported an error (a damaged or truncated
+//      body, or a side above 32768 pixels, more than any texture can take)
 int readPngImage(const std::string& path, std::vector<uint8_t>& outPixels, int32_t& outWidth,
                  int32_t& outHeight, const float* colourScale, const float* colourOffset,
                  float saturation);

@@ -144,6 +144,31 @@ TEST(PngRead, DamagedBodyGivesSix) {
   EXPECT_EQ(readPlain(dir + "zero.png").code, 6);
 }
 
+TEST(PngRead, HeaderClaimingAHugeImageGivesSixWithoutAllocatingIt) {
+  const std::string dir = testpng::scratchDirectory();
+  ASSERT_TRUE(testpng::writeRgb(dir + "small.png", 4, 4, testpng::pattern(4, 4, 3)));
+  std::vector<uint8_t> file = testpng::readFile(dir + "small.png");
+  // IHDR data starts at byte 16: width and height, big-endian; then fix the CRC.
+  const uint32_t sides[][2] = {{100000, 100000}, {32769, 1}, {1, 40000}};
+  for (const auto& side : sides) {
+    for (int i = 0; i < 4; ++i) {
+      file[16 + i] = uint8_t(side[0] >> (24 - 8 * i));
+      file[20 + i] = uint8_t(side[1] >> (24 - 8 * i));
+    }
+    const uLong crc = crc32(crc32(0, nullptr, 0), &file[12], 17);
+    for (int i = 0; i < 4; ++i) file[29 + i] = uint8_t(crc >> (24 - 8 * i));
+    testpng::writeFile(dir + "huge.png", file);
+    EXPECT_EQ(readPlain(dir + "huge.png").code, 6) << side[0] << "x" << side[1];
+  }
+  // A complete, valid file just above the limit is refused too; one at it reads.
+  ASSERT_TRUE(testpng::writeRgb(dir + "wide.png", 32769, 1, std::vector<uint8_t>(32769 * 3, 7)));
+  EXPECT_EQ(readPlain(dir + "wide.png").code, 6);
+  ASSERT_TRUE(testpng::writeRgb(dir + "limit.png", 32768, 1, std::vector<uint8_t>(32768 * 3, 7)));
+  Read r = readPlain(dir + "limit.png");
+  EXPECT_EQ(r.code, 0);
+  EXPECT_EQ(r.width, 32768);
+}
+
 TEST(PngRead, GarbageAfterSignatureGivesSix) {
   const std::string dir = testpng::scratchDirectory();
   std::vector<uint8_t> bytes = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1a, '\n'};
