@@ -204,8 +204,9 @@ inline GLint texEnvMode() {
 
 // A small test picture in normalised device coordinates, with depth: a
 // gradient backdrop, overlapping shapes at different depths, a half-alpha
-// patch and thin bright lines. Enables the depth test, leaves it on.
-inline void drawTestPicture() {
+// patch and thin bright lines. Enables the depth test, leaves it on. Without
+// the backdrop the shapes stand on what the surface holds.
+inline void drawTestPicture(bool backdrop = true) {
   glMatrixMode(GL_PROJECTION);
   glLoadIdentity();
   glMatrixMode(GL_MODELVIEW);
@@ -217,13 +218,14 @@ inline void drawTestPicture() {
   glEnable(GL_DEPTH_TEST);
   glDepthFunc(GL_LESS);
   glBegin(GL_QUADS);
-  // backdrop
-  glColor4f(0.05f, 0.05f, 0.2f, 1);
-  glVertex3f(-1, -1, 0.9f);
-  glVertex3f(1, -1, 0.9f);
-  glColor4f(0.1f, 0.3f, 0.5f, 1);
-  glVertex3f(1, 1, 0.9f);
-  glVertex3f(-1, 1, 0.9f);
+  if (backdrop) {
+    glColor4f(0.05f, 0.05f, 0.2f, 1);
+    glVertex3f(-1, -1, 0.9f);
+    glVertex3f(1, -1, 0.9f);
+    glColor4f(0.1f, 0.3f, 0.5f, 1);
+    glVertex3f(1, 1, 0.9f);
+    glVertex3f(-1, 1, 0.9f);
+  }
   // red square behind
   glColor4f(0.9f, 0.1f, 0.1f, 1);
   glVertex3f(-0.6f, -0.5f, 0.3f);
