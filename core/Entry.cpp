@@ -1,3 +1,255 @@
+// Entry: reads the command line into the process-wide settings, makes the
+// one OstravineDemo, shows the loading frame, lets the production load, and
+// runs the frame loop for the length of the music. The normal end is exit(0)
+// from inside the loop; the Demo on the stack is not destroyed on that path.
 #include "core/Entry.h"
 
-int ostravineMain(int argc, char** argv) { return 0; }
+#include <GL/glew.h>
+#include <SDL/SDL.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "core/Benchmark.h"
+#include "core/CommandLine.h"
+#include "core/FrameCapture.h"
+#include "core/Globals.h"
+#include "core/Grain.h"
+#include "core/LoadingScene.h"
+#include "core/OstravineDemo.h"
+#include "core/PlaybackControl.h"
+#include "editor/EditorScreens.h"
+#include "flow/FlowCharts.h"
+#include "foundation/Capabilities.h"
+#include "foundation/InputState.h"
+#include "foundation/Timer.h"
+#include "texture/TextureStore.h"
+
+namespace {
+
+// The fixed clock: ticks advance by exactly 1000/fps ms a frame, counted from
+// the frame number so that no rounding accumulates.
+struct FixedClock {
+  int32_t fps = 0;
+  uint32_t baseTicks = 1000;  // not 0: a timer started at tick 0 would read as never started
+  uint32_t frameNumber = 0;
+  void begin() {
+    if (fps > 0) setFixedTicks(baseTicks);
+  }
+  void advance() {
+    if (fps <= 0) return;
+    ++frameNumber;
+    setFixedTicks(baseTicks + uint32_t(uint64_t(frameNumber) * 1000u / uint32_t(fps)));
+  }
+};
+
+[[noreturn]] void exitProgram(int status) {
+  delete theInput;
+  theInput = nullptr;
+  fflush(stdout);
+  exit(status);
+}
+
+}  // namespace
+
+int ostravineMain(int argc, char** argv) {
+  // Log lines are read live by whoever redirects them.
+  setvbuf(stdout, nullptr, _IOLBF, 0);
+
+  const PlayerOptions player = parsePlayerOptions(argc, argv);
+  if (player.help) {
+    fputs(playerHelpText().c_str(), stdout);
+    return 0;
+  }
+  if (!player.error.empty()) {
+    fprintf(stderr, "ostravine: %s\n", player.error.c_str());
+    return 2;
+  }
+
+  // Start-up 1: settings from the command line.
+  const ProductionOptions production = parseProductionLine(joinArguments(argc, argv));
+  screenWidth = production.width;
+  screenHeight = production.height;
+  colourDepth = 32;
+  fullscreen = production.fullscreen;
+  audioEnabled = production.audioEnabled;
+  exactPixels = true;
+  letterbox = true;
+  wideDisplay = false;
+  useFramebufferObjects = false;
+  if (player.sizeWidth > 0) {
+    screenWidth = player.sizeWidth;
+    screenHeight = player.sizeHeight;
+  }
+  if (player.windowed) fullscreen = false;
+  FixedClock fixedClock;
+  fixedClock.fps = player.fixedFps;
+  if (fixedClock.fps > 0) audioEnabled = false;  // the music cannot follow a fixed clock
+  fixedClock.begin();
+  Benchmark benchmark(player.benchmark);
+
+  // Start-up 2 and 3: the Demo, which opens the display.
+  OstravineDemo demo(screenWidth, screenHeight, screenWidth, screenHeight, exactPixels, colourDepth, fullscreen,
+                     false, audioEnabled);
+  theDemo = &demo;
+  demo.letterbox = letterbox;
+  demo.wideDisplay = wideDisplay;
+  outputFont = demo.currentFont();
+
+  // Start-up 4: not started yet, so this only clears the seek flag.
+  demo.frame();
+
+  // Start-up 5: the one frame of the loading screen; the scene is kept for good.
+  LoadingScene* loading = new LoadingScene(&demo, "Loading");
+  loading->render(0, 0);
+  SDL_GL_SwapBuffers();
+
+  // Start-up 6: everything loads here.
+  demo.init();
+
+  // Start-up 7.
+  int32_t fpsAccumulatorMs = 0;
+  int32_t fpsFrameCount = 0;
+  bool pauseLatch = false;
+  Timer wallTimer;
+  wallTimer.reset();
+  wallTimer.start();
+  int32_t lastWallMs = wallTimer.elapsed();
+
+  // Start-up 8 to 10.
+  buildEditorWindows();
+  theInput = new InputState();
+  loadScript("ostravine.scr");
+
+  // Start-up 11.
+  RewindControl rewind;
+  demo.endTime = 263500;
+  demo.start();
+  if (player.hasFrom) demo.seek(player.fromMs);
+  benchmark.started();
+
+  size_t nextShot = 0;
+  uint32_t capturedFrames = 0;
+  for (;;) {
+    benchmark.frameBegins();
+    // 1, 2: clocks.
+    wallTimeMs = wallTimer.elapsed();
+    wallStepMs = wallTimeMs - lastWallMs;
+    previousDemoTimeMs = demoTimeMs;
+    wallTimeSeconds = wallTimeMs / 1000.0f;
+    wallStepSeconds = wallStepMs / 1000.0f;
+    demoTimeMs = demo.position();
+
+    // 3: the rewind near the end.
+    demo.timeOffset = rewind.update(demoTimeMs, demo.timeOffset);
+
+    // 4: frame counters and demo steps.
+    fpsAccumulatorMs += wallStepMs;
+    fpsFrameCount += 1;
+    lastWallMs = wallTimeMs;
+    demoStepMs = demoTimeMs - previousDemoTimeMs;
+    demoTimeSeconds = demoTimeMs / 1000.0f;
+    demoStepSeconds = demoStepMs / 1000.0f;
+    if (fpsAccumulatorMs > 999) {
+      framesPerSecond = fpsFrameCount;
+      fpsAccumulatorMs = 0;  // any remainder over a second is dropped
+      fpsFrameCount = 0;
+    }
+
+    // 5: the grain of this position.
+    fillFrameGrain(demo.noisePixels, demoTimeMs);
+    demo.textures->updateTexture(demo.noisePixels, "dynamicNoise");
+
+    // 6: flow charts drive the parameters.
+    evaluateFlowCharts();
+
+    // 7: mouse state for the editor.
+    SDL_PumpEvents();
+    int mx = 0, my = 0;
+    demo.mouseButtons = SDL_GetMouseState(&mx, &my) & 0xFF;
+    demo.mouseX = mx;
+    demo.mouseY = my;
+
+    // 8: the frame.
+    demo.frame();
+
+    if (player.trace)
+      printf("trace: position %d offset %d picture %d step %d paused %d\n", demoTimeMs, demo.timeOffset,
+             demo.currentTime, demo.timeStep, int(demo.isPaused()));
+
+    // 9: grain over the picture, inside the viewport the frame left.
+    drawGrainOverlay(*demo.textures, screenWidth, screenHeight);
+
+    // 10: a fast paused production is slowed down.
+    if (demo.isPaused() && framesPerSecond > 50 && fixedClock.fps == 0) SDL_Delay(10);
+
+    // 11: the lists the editor reads its selection from.
+    std::vector<Scene*> visibleNow = demo.visibleScenes(demo.currentTime);
+    std::vector<ScheduledEffect*> activeNow = demo.activeEffects(demo.currentTime);
+
+    // 12: keys.
+    theInput->update();
+
+    // Frame capture (the player's own addition): what is about to be shown.
+    if (!player.captureDir.empty()) {
+      bool take = player.shots.empty();
+      std::string name;
+      if (take) {
+        char buffer[64];
+        snprintf(buffer, sizeof buffer, "/frame-%06u.png", capturedFrames);
+        name = buffer;
+      } else if (nextShot < player.shots.size() && demoTimeMs >= player.shots[nextShot]) {
+        take = true;
+        name = "/shot-" + std::to_string(player.shots[nextShot]) + ".png";
+        while (nextShot < player.shots.size() && demoTimeMs >= player.shots[nextShot]) ++nextShot;
+      }
+      if (take) {
+        glFinish();
+        captureFrame(player.captureDir + name, screenWidth, screenHeight);
+        ++capturedFrames;
+      }
+    }
+
+    // 13: the end of the production.
+    if (demo.position() > demo.endTime) break;
+    if (player.hasTo && demoTimeMs >= player.toMs) break;
+    if (!player.shots.empty() && nextShot >= player.shots.size()) break;
+
+    // 14, 15: seek and pause keys.
+    applySeekKeys(demo, theInput->key(SDLK_UP), theInput->key(SDLK_DOWN), theInput->key(SDLK_RIGHT),
+                  theInput->key(SDLK_LEFT));
+    if (pauseKeyToggles(theInput->key(SDLK_p), pauseLatch)) {
+      if (demo.isPaused())
+        demo.resume();
+      else
+        demo.pause();
+    }
+
+    // 16: show it.
+    SDL_GL_SwapBuffers();
+    benchmark.frameEnds(demo);
+
+    // 17: key flags for an active editor.
+    keyLeftShift = theInput->key(SDLK_LSHIFT) > 0;
+    keyLeftControl = theInput->key(SDLK_LCTRL) > 0;
+    keyX = theInput->key(SDLK_x) > 0;
+    keyZ = theInput->key(SDLK_z) > 0;
+    keyS = theInput->key(SDLK_s) > 0;
+    keyL = theInput->key(SDLK_l) > 0;
+    for (int f = 1; f <= 10; ++f) keyF[f] = theInput->key(SDLK_F1 + f - 1) > 0;
+    keyR = theInput->key(SDLK_r) > 0;
+
+    // 18, 19: one event a frame.
+    SDL_Event event;
+    if (SDL_PollEvent(&event)) {
+      if (event.type == SDL_QUIT) break;
+      if (event.type == SDL_KEYDOWN && event.key.keysym.sym == SDLK_ESCAPE) break;
+    }
+
+    // 20: the lists go; the fixed clock moves on.
+    fixedClock.advance();
+  }
+  benchmark.report(demo);
+  exitProgram(0);
+}

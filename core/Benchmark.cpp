@@ -1,0 +1,71 @@
+#include "core/Benchmark.h"
+
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+
+#include "core/Demo.h"
+#include "scenes/Scene.h"
+
+double millisecondsSinceProcessStart() {
+  // Field 22 of /proc/self/stat is the start time in clock ticks since boot.
+  std::ifstream stat("/proc/self/stat");
+  std::string content((std::istreambuf_iterator<char>(stat)), std::istreambuf_iterator<char>());
+  size_t close = content.rfind(')');
+  if (close == std::string::npos) return 0;
+  std::istringstream fields(content.substr(close + 2));
+  std::string field;
+  unsigned long long startTicks = 0;
+  for (int i = 3; i <= 22 && fields >> field; ++i)
+    if (i == 22) startTicks = std::stoull(field);
+  std::ifstream uptimeFile("/proc/uptime");
+  double uptime = 0;
+  uptimeFile >> uptime;
+  const double hz = double(sysconf(_SC_CLK_TCK));
+  return (uptime - double(startTicks) / hz) * 1000.0;
+}
+
+Benchmark::Benchmark(bool enabled_) : enabled(enabled_) {}
+
+void Benchmark::started() {}
+
+void Benchmark::frameBegins() {
+  if (enabled) frameStart = std::chrono::steady_clock::now();
+}
+
+void Benchmark::frameEnds(Demo& demo) {
+  if (!enabled) return;
+  const double ms =
+      std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - frameStart).count();
+  if (!firstFrameDone) {
+    firstFrameDone = true;
+    startupMs = millisecondsSinceProcessStart();
+  }
+  std::vector<Scene*> on = demo.visibleScenes(demo.currentTime);
+  const std::string name = on.empty() ? std::string("(none)") : on.front()->name;
+  if (!perScene.count(name)) order.push_back(name);
+  Figures& f = perScene[name];
+  for (Figures* g : {&f, &all}) {
+    g->frames += 1;
+    g->totalMs += ms;
+    if (ms > g->slowestMs) g->slowestMs = ms;
+  }
+}
+
+void Benchmark::report(Demo&) const {
+  if (!enabled) return;
+  printf("benchmark: startup-to-first-frame-ms %.0f\n", startupMs);
+  auto line = [](const std::string& label, const Figures& f) {
+    const double fps = f.totalMs > 0 ? f.frames * 1000.0 / f.totalMs : 0;
+    printf("benchmark: %s frames %u mean-fps %.2f slowest-frame-ms %.1f\n", label.c_str(), f.frames, fps,
+           f.slowestMs);
+  };
+  for (const std::string& name : order) line("scene " + name, perScene.at(name));
+  line("all", all);
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  printf("benchmark: peak-memory-mib %.1f\n", usage.ru_maxrss / 1024.0);
+}

@@ -1,0 +1,10 @@
+// FrameCapture: writes what the frame left in the back buffer as a PNG file
+// (RGBA, top row first), for the fixed-clock renders of tests and videos.
+#pragma once
+#include <cstdint>
+#include <string>
+
+// Reads width x height pixels from the lower-left corner of the current
+// read buffer and writes them to path. Gives false (and prints why) when the
+// file cannot be written.
+bool captureFrame(const std::string& path, int32_t width, int32_t height);

@@ -1,0 +1,3 @@
+#include "editor/EditorScreens.h"
+
+void buildEditorWindows() {}
