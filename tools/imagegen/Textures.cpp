@@ -29,30 +29,26 @@ static const float kPi = 3.14159265358979f;
 // opposite edge when wrap is set.
 static void blur(std::vector<float>& field, int w, int h, int radius, bool wrap) {
   if (radius <= 0) return;
-  std::vector<float> tmp(field.size());
-  auto fetch = [&](const std::vector<float>& f, int x, int y) -> float {
-    if (wrap) {
-      x = ((x % w) + w) % w;
-      y = ((y % h) + h) % h;
-    } else if (x < 0 || y < 0 || x >= w || y >= h) {
-      return 0.0f;
-    }
-    return f[static_cast<size_t>(y) * w + x];
-  };
   const float norm = 1.0f / (2 * radius + 1);
-  for (int pass = 0; pass < 3; ++pass) {
-    for (int y = 0; y < h; ++y)
-      for (int x = 0; x < w; ++x) {
-        float s = 0;
-        for (int k = -radius; k <= radius; ++k) s += fetch(field, x + k, y);
-        tmp[static_cast<size_t>(y) * w + x] = s * norm;
-      }
-    for (int y = 0; y < h; ++y)
-      for (int x = 0; x < w; ++x) {
-        float s = 0;
-        for (int k = -radius; k <= radius; ++k) s += fetch(tmp, x, y + k);
-        field[static_cast<size_t>(y) * w + x] = s * norm;
-      }
+  // One box pass along a line of n values, stride apart, as a running sum.
+  std::vector<float> line;
+  auto pass = [&](float* start, int n, int stride) {
+    line.resize(n);
+    for (int i = 0; i < n; ++i) line[i] = start[static_cast<ptrdiff_t>(i) * stride];
+    auto fetch = [&](int i) -> float {
+      if (wrap) return line[((i % n) + n) % n];
+      return (i < 0 || i >= n) ? 0.0f : line[i];
+    };
+    float sum = 0;
+    for (int k = -radius; k <= radius; ++k) sum += fetch(k);
+    for (int i = 0; i < n; ++i) {
+      start[static_cast<ptrdiff_t>(i) * stride] = sum * norm;
+      sum += fetch(i + radius + 1) - fetch(i - radius);
+    }
+  };
+  for (int round = 0; round < 3; ++round) {
+    for (int y = 0; y < h; ++y) pass(&field[static_cast<size_t>(y) * w], w, 1);
+    for (int x = 0; x < w; ++x) pass(&field[x], h, w);
   }
 }
 
@@ -183,8 +179,8 @@ Image makeHammeredMetal() {
   return image;
 }
 
-Image makeNoisyMetal() {
-  Image image = makeHammeredMetal();
+Image makeNoisyMetal(const Image& metal) {
+  Image image = metal;
   const int S = image.width();
   TileFractal stains(4, 6, 2101);
   TileFractal blotch(16, 3, 2202);
@@ -393,7 +389,9 @@ Image makeTitle(Typeface& face, const std::u32string& text, int width, int heigh
                 float widthStretch, float tracking, float glow) {
   // Shrink until the lettering with its glow fits with a clear margin: the
   // image is clamped, and ink at the border would smear to the quad's edge.
-  const int margin = std::max(4, height / 10);
+  // The glow spreads three blur radii; the margin keeps it off the border.
+  const int glowRadius = std::max(2, height / 24);
+  const int margin = std::max(height / 10, 3 * glowRadius + 3);
   Coverage c;
   for (float em = emHeight; em > 4; em -= 1.0f) {
     c = face.line(text, em * widthStretch, em, tracking * em / emHeight, 0);
@@ -401,7 +399,7 @@ Image makeTitle(Typeface& face, const std::u32string& text, int width, int heigh
   }
   std::vector<float> ink = centred(c, width, height);
   std::vector<float> halo = ink;
-  blur(halo, width, height, std::max(2, height / 24), false);
+  blur(halo, width, height, glowRadius, false);
   Image image(width, height);
   for (int y = 0; y < height; ++y)
     for (int x = 0; x < width; ++x) {
@@ -438,7 +436,10 @@ Image makeLogo(Typeface& face, bool onBlack) {
   for (int y = 0; y < S; ++y)
     for (int x = 0; x < S; ++x) {
       size_t i = static_cast<size_t>(y) * S + x;
-      float v = clamp01(ink[i] + bloom[i] * 0.55f + haze[i] * 0.5f);
+      // The haze reaches far; it fades out before the border, which must stay
+      // black for clamped, additive drawing.
+      const int edge = std::min(std::min(x, y), std::min(S - 1 - x, S - 1 - y));
+      float v = clamp01(ink[i] + bloom[i] * 0.55f + haze[i] * 0.5f) * smoothstep(0.0f, 48.0f, float(edge));
       if (onBlack)
         image.at(x, y) = {v * 0.93f, v * 0.97f, v, 1};
       else

@@ -10,7 +10,7 @@
 
 // Material textures (stored opaque RGB).
 Image makeHammeredMetal();      // "hopmet.png": 512 x 512, tileable metal, the most seen surface
-Image makeNoisyMetal();         // "hopmetnoiseb.png": 512 x 512, the same metal weathered and stained
+Image makeNoisyMetal(const Image& metal);  // "hopmetnoiseb.png": the hammered metal weathered and stained
 Image makeSolidNoiseBump();     // "solidnoisebump.png": 256 x 256, grey cloud noise that decides what glows
 
 Image makeFlat(int size, float value);  // "black.png", "white.png"

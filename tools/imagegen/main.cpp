@@ -40,6 +40,10 @@ int main(int argc, char** argv) {
   Writer out{argv[1]};
   std::error_code made;
   std::filesystem::create_directories(out.folder, made);
+  if (!std::filesystem::is_directory(out.folder, made)) {
+    std::fprintf(stderr, "imagegen: cannot create folder %s\n", out.folder.c_str());
+    return 1;
+  }
   const std::string fonts = argc > 2 ? argv[2] : "/usr/share/fonts/truetype/dejavu";
 
   Typeface mono(fonts + "/DejaVuSansMono.ttf");
@@ -54,8 +58,9 @@ int main(int argc, char** argv) {
   }
 
   // Surfaces.
-  out.write("hopmet.png", makeHammeredMetal(), 3);
-  out.write("hopmetnoiseb.png", makeNoisyMetal(), 3);
+  const Image metal = makeHammeredMetal();
+  out.write("hopmet.png", metal, 3);
+  out.write("hopmetnoiseb.png", makeNoisyMetal(metal), 3);
   out.write("solidnoisebump.png", makeSolidNoiseBump(), 3);
   // black.png and bill.png are faces of one cube map: both square, same size.
   out.write("black.png", makeFlat(256, 0.0f), 3);
