@@ -268,3 +268,21 @@ TEST(Curve, ResampledSpacesPointsEvenly) {
   EXPECT_TRUE(out.normalizeFlag);
   EXPECT_EQ(out.tension, tension * 5.0f / 16.0f);
 }
+
+// On a straight line whose ends start slowly the shortest chord is the very
+// first one, δ = 1/(count·100) from the start; the step count follows from it.
+TEST(Curve, EstimateLengthStepCountFromTheShortestChord) {
+  Curve c(false);
+  for (int i = 0; i < 4; ++i) c.addPoint(float(i), 0, 0);
+  c.computeTangents(false, 1.0f / 6.0f);
+  int steps = 0;
+  c.estimateLength(&steps);
+  Vector3 start, first;
+  c.evaluate(0.0f, start);
+  c.evaluate(1.0f / 400.0f, first);
+  const float shortest = std::sqrt((first - start).lengthSquared());
+  int expected = int(std::pow(4.0f * 256.0f, 0.33333334f) * c.length / shortest);
+  expected = expected - expected % 4 + 4;
+  EXPECT_EQ(steps, expected);
+  EXPECT_GT(steps, 1000);
+}
