@@ -13,7 +13,7 @@
 
 class Camera {
  public:
-  // The size rules of setFieldOfView, setAspect and setClip apply to the
+  // The rules of setFieldOfView, setAspect and setClip apply to the
   // given values.
   Camera(const std::string& name, float fieldOfView, float aspect, float nearClip, float farClip, float width,
          float height, float lowWidth, float lowHeight);
