@@ -651,10 +651,10 @@ TEST(FontState, TheTextureIsBoundWithTheRecordsSamplerSettings) {
 TEST(FontState, AnUnknownTextureNameLeavesThePreviousBinding) {
   REQUIRE_GL(256, 256);
   pixelSpace();
+  Font f(&store(), syntheticAtlas("no such texture"));  // the store binds its atlas when first made
   GLuint other = 0;
   glGenTextures(1, &other);
   glBindTexture(GL_TEXTURE_2D, other);
-  Font f(&store(), syntheticAtlas("no such texture"));
   f.draw("A", true, 0, 0, 1, 1, nullptr, 0, 0);
   GLint bound = 0;
   glGetIntegerv(GL_TEXTURE_BINDING_2D, &bound);
