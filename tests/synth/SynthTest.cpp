@@ -316,3 +316,10 @@ TEST(SynthTrack, BuiltTrackDecodesAndLastsTheWholeShow) {
   mpg123_close(handle);
   mpg123_delete(handle);
 }
+
+TEST(SynthTrack, ScoreTravelsWithTheTrack) {
+  // The show reads the tempo and section times from the run directory.
+  const std::string copy = readBytes(std::string(OSTRAVINE_RUN_DIR) + "/music/ostravine.score");
+  ASSERT_FALSE(copy.empty()) << "music/ostravine.score is missing from the run directory";
+  EXPECT_TRUE(copy == readBytes(scorePath));
+}
