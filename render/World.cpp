@@ -20,9 +20,10 @@ std::vector<void*>& survivors() {
   return *list;
 }
 
-// Deep enough for any real hierarchy; a cyclic one stops here instead of
+// Deep enough for any real hierarchy and within the 32 entries GL promises
+// for the modelview stack; a cyclic hierarchy stops here instead of
 // recursing without end.
-constexpr int maxHierarchyDepth = 64;
+constexpr int maxHierarchyDepth = 24;
 
 void applyCamera(Camera* camera, bool low) {
   if (!camera) return;
@@ -118,6 +119,72 @@ int World::addLight(LightParameters& light, float unusedNear, float unusedFar, i
   return index;
 }
 
+Mesh* World::object(int index) const {
+  return (index >= 0 && index < static_cast<int>(objects.size())) ? objects[index] : nullptr;
+}
+
+int World::addBox(int rows, int columns, const Material& material, bool inverted, bool cubeUV) {
+  const int index = addObject(&material);
+  buildBox(*objects[index], rows, columns, inverted, cubeUV);
+  return index;
+}
+
+int World::addSphere(float radius, int segments, int rings, const Material& material, bool inverted) {
+  const int index = addObject(&material);
+  buildSphere(*objects[index], radius, segments, rings, inverted);
+  return index;
+}
+
+int World::addTube(const Curve& curve, int stations, int sides, const Material& material, const Vector3& reference,
+                   float radius, bool inverted) {
+  const int index = addObject(&material);
+  buildTube(*objects[index], curve, stations, sides, reference, radius, inverted);
+  return index;
+}
+
+int World::addRibbon(const Material& material) {
+  const int index = addObject(&material);
+  buildRibbon(*objects[index]);
+  return index;
+}
+
+int World::addCube(const Material& material, bool inverted) {
+  const int index = addObject(&material);
+  buildCube(*objects[index], inverted);
+  return index;
+}
+
+int World::addFromArrays(const float* positions, const float* texCoords, int vertexCount, const int* indices,
+                         int faceCount, const Material& material) {
+  const int index = addObject(&material);
+  buildFromArrays(*objects[index], positions, texCoords, vertexCount, indices, faceCount);
+  return index;
+}
+
+void World::shapeBox(int index, int rows, int columns, const ShapeParameters& p, bool cubeUV) {
+  if (Mesh* mesh = object(index)) ::shapeBox(*mesh, rows, columns, p, cubeUV);
+}
+
+void World::shapeSphere(int index, float radius, int segments, int rings, const ShapeParameters& p,
+                        bool mapFromUnit, VertexCallback callback) {
+  if (Mesh* mesh = object(index)) ::shapeSphere(*mesh, radius, segments, rings, p, mapFromUnit, callback);
+}
+
+int World::explodeFaces(int index, int* created, int mode, bool solid, float height, float spread, float bias,
+                        bool centre) {
+  const int first = static_cast<int>(objects.size());
+  Mesh* source = object(index);
+  if (!source) return first;
+  // The builder copies the source's materials 0 and 1 into each piece.
+  ::explodeFaces(*source, [this]() { return objects[addObject(nullptr)]; }, created, mode, solid, height, spread,
+                 bias, centre);
+  return first;
+}
+
+void World::sphericalTexCoords(int index) {
+  if (Mesh* mesh = object(index)) ::sphericalTexCoords(*mesh);
+}
+
 void World::addChild(int parent, int child, const unsigned char* options) {
   if (parent < 0 || parent >= static_cast<int>(children.size())) return;
   ChildLink link;
@@ -137,16 +204,9 @@ void World::refreshLights(bool keepEmpty, bool keepExisting) {
 }
 
 void World::copyVertices(int fromObject, int toObject) {
-  const int count = static_cast<int>(objects.size());
-  if (fromObject < 0 || fromObject >= count || toObject < 0 || toObject >= count) return;
-  Mesh& from = *objects[fromObject];
-  Mesh& to = *objects[toObject];
-  if (from.vertexSlotCount != to.vertexSlotCount) return;
-  for (unsigned i = 0; i < from.vertexSlotCount && i < from.vertices.size() && i < to.vertices.size(); ++i) {
-    to.vertices[i]->position = from.vertices[i]->position;
-    to.vertices[i]->colour = from.vertices[i]->colour;
-    to.vertices[i]->alpha = from.vertices[i]->alpha;
-  }
+  Mesh* from = object(fromObject);
+  Mesh* to = object(toObject);
+  if (from && to) ::copyVertices(*from, *to);
 }
 
 void World::setLightVectors(Mesh& light) {

@@ -16,11 +16,13 @@
 #include <string>
 #include <vector>
 
+#include "geometry/Builders.h"
 #include "geometry/Mesh.h"
 #include "render/Billboard.h"
 #include "render/Light.h"
 
 class Camera;
+class Curve;
 class RenderTarget;
 
 // A child of an object in the transform hierarchy.
@@ -60,6 +62,26 @@ class World {
   // Logs "final shadowmap size is <n>". Needs a current GL context.
   int addLight(LightParameters& light, float unusedNear, float unusedFar, int maxWidth, int maxHeight);
 
+  // Shapes made by formula (geometry/Builders.h); each applies the material
+  // to slot 0 and returns the object index. Scenes use addBox(3, 3, m, false,
+  // true); the rest are library operations.
+  int addBox(int rows, int columns, const Material& material, bool inverted, bool cubeUV);
+  int addSphere(float radius, int segments, int rings, const Material& material, bool inverted);
+  int addTube(const Curve& curve, int stations, int sides, const Material& material, const Vector3& reference,
+              float radius, bool inverted);
+  int addRibbon(const Material& material);
+  int addCube(const Material& material, bool inverted);
+  int addFromArrays(const float* positions, const float* texCoords, int vertexCount, const int* indices,
+                    int faceCount, const Material& material);
+  // Re-runs a builder on an existing object; bad indices are ignored.
+  void shapeBox(int object, int rows, int columns, const ShapeParameters& p, bool cubeUV);
+  void shapeSphere(int object, float radius, int segments, int rings, const ShapeParameters& p, bool mapFromUnit,
+                   VertexCallback callback);
+  // One new object per face of `object` (materials 0 and 1 copied from it);
+  // *created counts them. Returns the object count before the first new one.
+  int explodeFaces(int object, int* created, int mode, bool solid, float height, float spread, float bias,
+                   bool centre);
+
   // Appends a child link; null options mean 1, 1, 1. Bad indices are ignored.
   void addChild(int parent, int child, const unsigned char* options);
 
@@ -98,6 +120,8 @@ class World {
 
   // Sets each mesh's lightPosition and lightDirection from a light object.
   void setLightVectors(Mesh& light);
+  // Spherical texture coordinates for the object's vertices.
+  void sphericalTexCoords(int object);
   // Copies position, colour and alpha slot by slot when the slot counts are
   // equal; otherwise nothing.
   void copyVertices(int fromObject, int toObject);
@@ -116,6 +140,7 @@ class World {
 
  private:
   void buildMatricesAt(int i, int depth);
+  Mesh* object(int index) const;  // null for an index out of range
   void drawBillboards(bool depthWrite, bool shadowCastersOnly);
   bool skipping = false;                       // skipObjects of the render in progress
 };
