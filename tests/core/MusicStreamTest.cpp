@@ -144,12 +144,14 @@ TEST_F(MusicStreamTest, PauseHoldsThePositionAndResumeGoesOnFromIt) {
   EXPECT_TRUE(music.isPaused());
   const uint32_t held = music.positionMs();
   EXPECT_GE(held, 300u);
-  sleepMs(400);
+  sleepMs(600);
   EXPECT_EQ(music.positionMs(), held);
   music.setPaused(false);
   const uint32_t resumed = music.positionMs();
   EXPECT_GE(resumed, held);
-  EXPECT_LE(resumed, held + 100) << "resuming must not jump";
+  // At most the sound already handed to the device before the pause (and a
+  // slow machine's scheduling) lies between the two; the pause does not count.
+  EXPECT_LT(resumed, held + 300) << "resuming must not jump";
   ASSERT_GE(waitForPosition(music, held + 200), 0);
 }
 
