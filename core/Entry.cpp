@@ -241,11 +241,7 @@ int ostravineMain(int argc, char** argv) {
     keyR = theInput->key(SDLK_r) > 0;
 
     // 18, 19: one event a frame.
-    SDL_Event event;
-    if (SDL_PollEvent(&event)) {
-      if (event.type == SDL_QUIT) break;
-      if (event.type == SDL_KEYDOWN && event.key.keysym.sym == SDLK_ESCAPE) break;
-    }
+    if (takeOneEventWantsExit()) break;
 
     // 20: the lists go; the fixed clock moves on.
     fixedClock.advance();

@@ -11,6 +11,8 @@ bool captureFrame(const std::string& path, int32_t width, int32_t height) {
   std::vector<uint8_t> bottomUp(size_t(width) * height * 4);
   glPixelStorei(GL_PACK_ALIGNMENT, 1);
   glReadPixels(0, 0, width, height, GL_RGBA, GL_UNSIGNED_BYTE, bottomUp.data());
+  // The screen shows no alpha: the file is opaque, as the picture is seen.
+  for (size_t i = 3; i < bottomUp.size(); i += 4) bottomUp[i] = 255;
   png_image image;
   std::memset(&image, 0, sizeof image);
   image.version = PNG_IMAGE_VERSION;

@@ -1,5 +1,7 @@
 #include "core/PlaybackControl.h"
 
+#include <SDL/SDL.h>
+
 #include "core/Demo.h"
 
 int32_t RewindControl::update(int32_t demoTimeMs, int32_t timeOffset) {
@@ -34,4 +36,11 @@ void applySeekKeys(Demo& demo, int32_t up, int32_t down, int32_t right, int32_t 
   if (down > 0) demo.seek(-1500);
   if (right > 0) demo.seek(100);
   if (left > 0) demo.seek(-100);
+}
+
+bool takeOneEventWantsExit() {
+  SDL_Event event;
+  if (!SDL_PollEvent(&event)) return false;
+  if (event.type == SDL_QUIT) return true;
+  return event.type == SDL_KEYDOWN && event.key.keysym.sym == SDLK_ESCAPE;
 }

@@ -30,3 +30,8 @@ class Demo;
 // amount on every frame, without repeat delay: up +1500, down -1500,
 // right +100, left -100, in that order, each seek clamped on its own.
 void applySeekKeys(Demo& demo, int32_t up, int32_t down, int32_t right, int32_t left);
+
+// Takes one event from SDL's queue, as the frame loop does once a frame: the
+// rest wait for later frames, so a quit request behind other events arrives
+// late. Gives true for a quit request or a key-down of escape.
+bool takeOneEventWantsExit();
