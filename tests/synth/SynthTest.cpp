@@ -238,6 +238,21 @@ TEST(SynthRender, MinimalScoreRendersAtItsRate) {
   EXPECT_GT(rms(samples), 50.0);
 }
 
+TEST(SynthRender, SwellRisesIntoItsSection) {
+  const std::string base = "rate 22050\nlength 8\nchords c C\nsection 0 120 first chords=c pad=0.2\n";
+  synth::Score plain, swelling;
+  std::string error;
+  ASSERT_TRUE(synth::parseScore(base + "section 4 120 second chords=c pad=0.2\n", plain, error)) << error;
+  ASSERT_TRUE(synth::parseScore(base + "section 4 120 second chords=c pad=0.2 swell=2\n", swelling, error)) << error;
+  // Before the swell both are the same; in its last half second it is loud.
+  EXPECT_TRUE(synth::render(plain, 0.5, 1.5) == synth::render(swelling, 0.5, 1.5));
+  const double plainEnd = rms(synth::render(plain, 3.5, 4.0));
+  const double swellEnd = rms(synth::render(swelling, 3.5, 4.0));
+  const double swellStart = rms(synth::render(swelling, 2.0, 2.5));
+  EXPECT_GT(swellEnd, plainEnd * 2.0);
+  EXPECT_GT(swellEnd, swellStart * 1.5) << "a swell rises";
+}
+
 // ---------------------------------------------------------------------------
 // Files: the WAV writer, the tool, the encoder, the built track
 // ---------------------------------------------------------------------------

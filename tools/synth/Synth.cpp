@@ -191,6 +191,7 @@ bool parseScore(const std::string& text, Score& score, std::string& error) {
         else if (key == "crash") section.crash = number != 0 ? 1 : 0;
         else if (key == "fadeIn") section.fadeIn = number;
         else if (key == "fadeOut") section.fadeOut = number;
+        else if (key == "swell") section.swell = std::min(number, 16.0);
         else return fail("unknown section setting: " + key);
       }
       score.sections.push_back(section);
@@ -431,6 +432,30 @@ void crash(Mix& mix, double t) {
   }
 }
 
+// Swell: a cymbal played backwards, rising over seconds into time t and
+// stopping dead there, to lead into a new section.
+void swell(Mix& mix, double t, double seconds) {
+  const int64_t s1 = mix.sampleAt(t);
+  const int64_t n = int64_t(seconds * mix.rate);
+  const int64_t s0 = s1 - n;
+  if (n <= 0 || !mix.touches(s0, s1)) return;
+  Noise noiseL(uint32_t(s1) ^ 0x3333u), noiseR(uint32_t(s1) ^ 0x4444u);
+  Filter bpL, bpR;
+  for (int64_t i = 0; i < n; ++i) {
+    const double toGo = double(n - i) / mix.rate;
+    if (i % controlPeriod == 0) {
+      // The band climbs from 1 kHz to 8 kHz as the swell rises.
+      const double cutoff = 1000.0 * std::pow(8.0, double(i) / double(n));
+      bpL.set(cutoff, 1.2, mix.rate);
+      bpR.set(cutoff * 1.05, 1.2, mix.rate);
+    }
+    const double env = std::exp(-toGo / (0.3 * seconds)) * 0.22 * std::min(1.0, double(i) / (0.05 * mix.rate));
+    bpL.run(noiseL.next());
+    bpR.run(noiseR.next());
+    mix.add(s0 + i, bpL.band * env, bpR.band * env);
+  }
+}
+
 // Bass: sawtooth and a sine an octave down through a low-pass that snaps
 // shut after the attack.
 void bass(Mix& mix, double t, double duration, int note, double bright) {
@@ -572,10 +597,11 @@ void renderSection(Mix& mix, const Score& score, size_t index) {
   const std::vector<Chord>& progression = score.chords.at(s.chords);
 
   // Skip sections that cannot reach the window (the longest tail is the crash).
-  if (!mix.touches(mix.sampleAt(s.start), mix.sampleAt(end + 3.5))) return;
+  if (!mix.touches(mix.sampleAt(s.start - s.swell), mix.sampleAt(end + 3.5))) return;
 
   const bool hasDrums = s.drums != "none";
   if (s.crash == 1 || (s.crash == -1 && hasDrums)) crash(mix, s.start);
+  if (s.swell > 0) swell(mix, s.start, s.swell);
 
   for (int i = 0; i < totalSteps; ++i) {
     const double t = s.start + i * step;

@@ -43,6 +43,7 @@ struct Section {
   int crash = -1;       // -1: on when the section has drums
   double fadeIn = 0.0;  // seconds
   double fadeOut = 0.0; // seconds, ending at the section's end
+  double swell = 0.0;   // seconds of a reversed cymbal rising into the start
 };
 
 struct Score {
