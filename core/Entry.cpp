@@ -126,7 +126,13 @@ int ostravineMain(int argc, char** argv) {
   RewindControl rewind;
   demo.endTime = 263500;
   demo.start();
-  if (player.hasFrom) demo.seek(player.fromMs);
+  if (player.hasFrom) {
+    // Start there as if the production began there: the first frame's step
+    // is the ordinary one, not the whole jump.
+    demo.seek(player.fromMs);
+    demo.previousTime = demo.currentTime;
+    demoTimeMs = demo.currentTime;
+  }
   benchmark.started();
 
   size_t nextShot = 0;
