@@ -175,17 +175,18 @@ int decodeA3d(const std::vector<uint8_t> &bytes, const std::string &name, A3dMod
 
 int readA3d(const std::string &fileName, A3dModel &model) {
   model = A3dModel();
-  std::ifstream file(fileName, std::ios::binary);
+  std::FILE *file = std::fopen(fileName.c_str(), "rb");
   if (!file) {
     std::cout << "ERROR: file " << fileName << " not found\n";
     return a3dNotFound;
   }
-  file.seekg(0, std::ios::end);
-  const std::streamoff size = file.tellg();
-  file.seekg(0, std::ios::beg);
-  std::vector<uint8_t> bytes(size > 0 ? size_t(size) : 0);
-  if (!bytes.empty()) file.read(reinterpret_cast<char *>(bytes.data()), std::streamsize(bytes.size()));
-  if (!file) bytes.resize(size_t(file.gcount() > 0 ? file.gcount() : 0));
+  // Read to the end rather than trusting a seek: a directory or a device
+  // opens but has no meaningful size, and reads as empty here.
+  std::vector<uint8_t> bytes;
+  uint8_t chunk[65536];
+  size_t got;
+  while ((got = std::fread(chunk, 1, sizeof chunk, file)) > 0) bytes.insert(bytes.end(), chunk, chunk + got);
+  std::fclose(file);
   return decodeA3d(bytes, fileName, model);
 }
 

@@ -186,7 +186,7 @@ void Mesh::removeFaceAt(std::list<int>::iterator where) {
   for (int corner : f->vertexIndices) releaseVertex(corner);
   f->dead = true;
   freeFaces.push_back(index);
-  indicesDirty = true;
+  // indicesDirty is left alone, as the original does: the next addFace sets it.
 }
 
 void Mesh::removeOldestFace() {
@@ -206,6 +206,8 @@ void Mesh::removeFace(int index) {
 void Mesh::releaseVertex(int index) {
   if (index < 0 || size_t(index) >= vertices.size()) return;
   Vertex *v = vertices[size_t(index)];
+  // A slot already free is not freed twice (a face with a repeated corner
+  // releases it twice), so the free list never holds a slot two times.
   if (v->dead || !v->faces.empty()) return;
   v->dead = true;
   if (vertexCount > 0) --vertexCount;

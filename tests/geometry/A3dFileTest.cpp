@@ -331,3 +331,14 @@ TEST(A3dFileTest, FacesWithAnIndexBeyondTheVerticesAreSkippedWithAMessage) {
   EXPECT_EQ(1, mesh.faceCount);
   EXPECT_NE(std::string::npos, out.find("badindex.a3d")) << out;
 }
+
+TEST(A3dFileTest, ADirectoryReadsAsAnEmptyFileWithoutCrashing) {
+  const std::string dir = tempPath("a_directory.a3d");
+  std::filesystem::create_directories(dir);
+  testing::internal::CaptureStdout();
+  A3dModel m;
+  const int result = readA3d(dir, m);
+  const std::string out = testing::internal::GetCapturedStdout();
+  EXPECT_TRUE(result == a3dEmpty || result == a3dNotFound) << result;
+  EXPECT_FALSE(out.empty());
+}

@@ -433,8 +433,27 @@ TEST(MeshTest, PickPrefiltersByTheFirstCornersDistance) {
 
 // --- arrays ---------------------------------------------------------------------------
 
-TEST(MeshTest, UpdateArraysFlattensPositionsNormalsAndIndices) {
-  ASSERT_FALSE(useVertexBuffers);
+namespace {
+
+// These tests flatten without GL: the path flags are held off (a GL test in
+// the same process may have switched buffers on) and restored afterwards.
+class MeshArraysTest : public ::testing::Test {
+protected:
+  void SetUp() override {
+    buffers_ = useVertexBuffers;
+    lists_ = useDisplayLists;
+    useVertexBuffers = useDisplayLists = false;
+  }
+  void TearDown() override {
+    useVertexBuffers = buffers_;
+    useDisplayLists = lists_;
+  }
+  bool buffers_ = false, lists_ = false;
+};
+
+}  // namespace
+
+TEST_F(MeshArraysTest, UpdateArraysFlattensPositionsNormalsAndIndices) {
   Mesh m;
   addSquare(m);
   m.vertices[2]->normal = Vector3(0, 0, 1);
@@ -456,7 +475,7 @@ TEST(MeshTest, UpdateArraysFlattensPositionsNormalsAndIndices) {
                m.positionsDirty || m.indicesDirty);
 }
 
-TEST(MeshTest, UpdateArraysColourFormulas) {
+TEST_F(MeshArraysTest, UpdateArraysColourFormulas) {
   Mesh m;
   addSquare(m);
   m.vertices[1]->colour = Vector3(0.5f, 1.0f, 0.25f);
@@ -478,7 +497,7 @@ TEST(MeshTest, UpdateArraysColourFormulas) {
   EXPECT_FLOAT_EQ((0.8f + 0.1f) * 0.5f, b[3]);
 }
 
-TEST(MeshTest, UpdateArraysTexCoordsUseStageZerosScaleAndOffset) {
+TEST_F(MeshArraysTest, UpdateArraysTexCoordsUseStageZerosScaleAndOffset) {
   Mesh m;
   m.addVertex(Vector3(), Vector3(0.5f, 0.25f, 9.0f), white);
   m.materials[1].stageScaleU[0] = 2.0f;
@@ -493,7 +512,7 @@ TEST(MeshTest, UpdateArraysTexCoordsUseStageZerosScaleAndOffset) {
   EXPECT_EQ(0.5f, m.texCoordArray[0][0]);
 }
 
-TEST(MeshTest, KeepInvisibleFacesFalseSkipsOnlyFullyTransparentFaces) {
+TEST_F(MeshArraysTest, KeepInvisibleFacesFalseSkipsOnlyFullyTransparentFaces) {
   Mesh m;
   addSquare(m);
   m.keepInvisibleFaces = false;
@@ -513,7 +532,7 @@ TEST(MeshTest, KeepInvisibleFacesFalseSkipsOnlyFullyTransparentFaces) {
   EXPECT_EQ(0u, m.drawnFaceCount);
 }
 
-TEST(MeshTest, UpdateArraysRewritesNothingUnlessFlagged) {
+TEST_F(MeshArraysTest, UpdateArraysRewritesNothingUnlessFlagged) {
   Mesh m;
   addSquare(m);
   m.updateArrays();
@@ -526,7 +545,7 @@ TEST(MeshTest, UpdateArraysRewritesNothingUnlessFlagged) {
   EXPECT_EQ(7.0f, m.vertexArray[0]);
 }
 
-TEST(MeshTest, ArraysGrowAtExactlyTheSlotCountAndNeverShrink) {
+TEST_F(MeshArraysTest, ArraysGrowAtExactlyTheSlotCountAndNeverShrink) {
   Mesh m;
   addSquare(m);
   m.updateArrays();
@@ -543,10 +562,15 @@ TEST(MeshTest, ArraysGrowAtExactlyTheSlotCountAndNeverShrink) {
   m.updateArrays();
   EXPECT_EQ(5u, m.vertexCapacity);
   EXPECT_EQ(3u, m.faceCapacity);
+  // Removal does not flag the indices: the old triangles stay listed until
+  // something sets indicesDirty (builders always add faces after removing).
+  EXPECT_EQ(3u, m.drawnFaceCount);
+  m.indicesDirty = true;
+  m.updateArrays();
   EXPECT_EQ(0u, m.drawnFaceCount);
 }
 
-TEST(MeshTest, IndicesAreTruncatedToSixteenBits) {
+TEST_F(MeshArraysTest, IndicesAreTruncatedToSixteenBits) {
   Mesh m;
   for (int i = 0; i < 65537; ++i) m.addVertex(Vector3(float(i), 0, 0), noTex, white);
   m.addFace(65536, 1, 0);
