@@ -3,6 +3,7 @@
 
 #include "editor/Font.h"
 
+#include <cassert>
 #include <vector>
 
 #include "foundation/Capabilities.h"
@@ -60,6 +61,7 @@ static void vertex(const Vector3& v) { glVertex3f(v.x, v.y, v.z); }
 
 void Font::draw(const std::string& text, bool centreLines, float columnOffset, float advance,
                 float scaleX, float scaleY, GlyphHook glyphHook, float hookArgument, int blendMode) {
+  assert(store && columns > 0);
   glMatrixMode(GL_MODELVIEW);
   glDisable(GL_LIGHTING);
   glEnable(GL_BLEND);
