@@ -23,28 +23,28 @@ void putLe(std::ofstream& out, uint32_t value, int bytes) {
   for (int i = 0; i < bytes; ++i) out.put(char((value >> (8 * i)) & 0xFF));
 }
 
-// A stereo 16-bit sine tone, seconds long, at 44.1 kHz.
-void writeSineWav(const std::string& path, double seconds, double frequency) {
-  const uint32_t rate = 44100;
+// A 16-bit sine tone, seconds long.
+void writeSineWav(const std::string& path, double seconds, double frequency, uint32_t rate = 44100,
+                  uint32_t channels = 2) {
   const uint32_t frames = uint32_t(seconds * rate);
+  const uint32_t frameBytes = 2 * channels;
   std::ofstream out(path, std::ios::binary);
   out.write("RIFF", 4);
-  putLe(out, 36 + frames * 4, 4);
+  putLe(out, 36 + frames * frameBytes, 4);
   out.write("WAVEfmt ", 8);
   putLe(out, 16, 4);
   putLe(out, 1, 2);
-  putLe(out, 2, 2);
+  putLe(out, channels, 2);
   putLe(out, rate, 4);
-  putLe(out, rate * 4, 4);
-  putLe(out, 4, 2);
+  putLe(out, rate * frameBytes, 4);
+  putLe(out, frameBytes, 2);
   putLe(out, 16, 2);
   out.write("data", 4);
-  putLe(out, frames * 4, 4);
+  putLe(out, frames * frameBytes, 4);
   for (uint32_t i = 0; i < frames; ++i) {
     const double v = 0.3 * std::sin(2.0 * M_PI * frequency * i / rate);
     const uint32_t s = uint32_t(uint16_t(int16_t(std::lround(v * 32767.0))));
-    putLe(out, s, 2);
-    putLe(out, s, 2);
+    for (uint32_t c = 0; c < channels; ++c) putLe(out, s, 2);
   }
 }
 
@@ -282,4 +282,19 @@ TEST_F(MusicStreamTest, SpectrumIsZeros) {
   std::vector<float> values(64, 1.0f);
   music.spectrum(values.data(), 64, 0, 0);
   for (float v : values) EXPECT_EQ(v, 0.0f);
+}
+
+TEST_F(MusicStreamTest, MonoFileAtAnotherRate) {
+  // 48 kHz mono: the device is opened at the file's own format.
+  writeSineWav(dir + "/mono.wav", 2.0, 330.0, 48000, 1);
+  const testrun::Result r = testrun::run("lame --quiet -m m -b 64 --noreplaygain mono.wav mono.mp3", dir, 60);
+  ASSERT_EQ(r.exitStatus, 0) << r.err;
+  MusicStream music;
+  ASSERT_TRUE(music.open(dir + "/mono.mp3"));
+  // One MPEG-1 layer III frame at 48 kHz is 24 ms.
+  EXPECT_NEAR(double(music.lengthMs()), 2000.0, 25.0);
+  music.setPositionMs(1234);
+  EXPECT_EQ(music.positionMs(), 1234u);
+  music.setPaused(false);
+  ASSERT_GE(waitForPosition(music, 1500), 0);
 }
