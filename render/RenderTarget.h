@@ -133,6 +133,9 @@ class RenderTarget {
                        const float* texScale, float sliceCoordinate, GLuint maskTexture);
 
   // Multi-pass blurs through the slot's alternate texture (tap alpha 65/256).
+  // Those blending (SRC_ALPHA, DST_ALPHA) clear with the caller's clear
+  // colour and add only where the surface alpha is 1: give them an opaque
+  // clear colour.
   void accumulateSlot(int32_t slot, int32_t iterations, float brightness);
   void blurCrossFade(float amount, int32_t slotA, int32_t slotB);
   void stripBlur(int32_t slot, int32_t passes, float spreadX, float spreadY, float red, float green, float blue,
@@ -186,6 +189,8 @@ class RenderTarget {
   void bindStackEntry(int32_t entry);
   void screenQuad() const;
   void pixelQuad(bool low) const;
+  void mixDraw(GLenum destination, int32_t slotA, int32_t slotB, float alphaA, float alphaB, float brightnessA,
+               float brightnessB);
   void pushIdentity() const;  // both matrices, ending in GL_MODELVIEW
   void popBoth() const;       // both matrices, ending in GL_MODELVIEW
   static GLuint nameAt(const GLuint* names, int32_t index);
