@@ -233,10 +233,18 @@ TEST_P(A3dRoundTrip, WriteThenReadWithinTheQuantisationError) {
   }
 }
 
+namespace {
+std::string formsName(const ::testing::TestParamInfo<std::pair<int, int>> &info) {
+  static const char *const form[3] = {"Float", "Bits16", "Bits8"};
+  return std::string("Positions") + form[info.param.first] + "TexCoords" + form[info.param.second];
+}
+}  // namespace
+
 INSTANTIATE_TEST_SUITE_P(EveryForm, A3dRoundTrip,
                          ::testing::Values(std::make_pair(0, 0), std::make_pair(0, 1), std::make_pair(0, 2),
                                            std::make_pair(1, 0), std::make_pair(1, 1), std::make_pair(1, 2),
-                                           std::make_pair(2, 0), std::make_pair(2, 1), std::make_pair(2, 2)));
+                                           std::make_pair(2, 0), std::make_pair(2, 1), std::make_pair(2, 2)),
+                         formsName);
 
 TEST(A3dFileTest, AFlatAxisQuantisesToZeroAndDecodesToItsValue) {
   A3dModel m;

@@ -3,6 +3,7 @@
 // form and the command line.
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -323,7 +324,12 @@ INSTANTIATE_TEST_SUITE_P(
         std::make_pair("bad SURF", replaced("SURF 0x0", "SURF 0xZZ")),
         std::make_pair("negative count", replaced("numvert 5", "numvert -5")),
         std::make_pair("kids missing children", replaced("kids 0", "kids 2")),
-        std::make_pair("data past the end", replaced("kids 0", "data 100\nabc"))));
+        std::make_pair("data past the end", replaced("kids 0", "data 100\nabc"))),
+    [](const ::testing::TestParamInfo<std::pair<const char *, std::string>> &info) {
+      std::string name;
+      for (const char *c = info.param.first; *c; ++c) name += std::isalnum(static_cast<unsigned char>(*c)) ? *c : '_';
+      return name;
+    });
 
 TEST(Ac3dConverterTest, DeeplyNestedKidsAreRefusedRatherThanRecursingWithoutEnd) {
   std::string text = "AC3Db\n";
