@@ -109,7 +109,7 @@ bool MusicStream::open(const std::string& path) {
   wanted.samples = deviceBufferFrames;
   wanted.callback = &MusicStream::audioCallback;
   wanted.userdata = this;
-  // No "obtained" spec: SDL then delivers exactly this format and converts
+  // No "obtained" format asked back: SDL then takes exactly this one and converts
   // for the device itself. The device starts paused.
   if (SDL_OpenAudio(&wanted, nullptr) < 0) {
     if (startedAudio) SDL_QuitSubSystem(SDL_INIT_AUDIO);

@@ -637,7 +637,7 @@ void renderSection(Mix& mix, const Score& score, size_t index) {
         while (k + held < 16 && pattern[size_t(k + held)] == '-' && i + held < totalSteps) ++held;
         const int root = placeInOctave(chord.root, 33);
         const int note = root + (c == 'f' ? 7 : c == 'o' ? 12 : 0);
-        bass(mix, t, held * step * 0.9, note, s.bright);
+        bass(mix, t, (held - 0.25) * step, note, s.bright);  // a short gap before the next note
       }
     }
 
