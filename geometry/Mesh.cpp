@@ -5,6 +5,7 @@
 #include "geometry/Mesh.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 
 #include "foundation/Capabilities.h"
@@ -150,7 +151,13 @@ int Mesh::addVertex(const Vector3 &position, const Vector3 &texCoord, const Vect
   return index;
 }
 
+namespace {
+bool isSlot(const std::vector<Vertex *> &table, int index) { return index >= 0 && size_t(index) < table.size(); }
+}  // namespace
+
 int Mesh::addFace(int a, int b, int c) {
+  // Corners name existing vertex slots; callers that read files check first.
+  assert(isSlot(vertices, a) && isSlot(vertices, b) && isSlot(vertices, c));
   ++faceCount;
   indicesDirty = true;
   int index;

@@ -577,3 +577,70 @@ TEST(MeshHelpersTest, SphericalTexCoordsMapsAndFlags) {
   EXPECT_EQ(u, m.vertices[4]->texCoord.x);
   EXPECT_EQ(v, m.vertices[4]->texCoord.y);
 }
+
+// --- deformation terms ------------------------------------------------------------------
+
+namespace {
+
+std::vector<Vector3> boxAfter(const ShapeParameters &p) {
+  Mesh m;
+  buildBox(m, 3, 3, false, true);
+  ShapeParameters q = p;
+  q.rebuild = false;
+  shapeBox(m, 0, 0, q, true);
+  std::vector<Vector3> out;
+  for (const Vertex *v : m.vertices) out.push_back(v->position);
+  return out;
+}
+
+}  // namespace
+
+TEST(BoxBuilderTest, InScaleIsAppliedBeforeTheDeformation) {
+  const std::vector<Vector3> plain = boxAfter(ShapeParameters());
+  ShapeParameters p;
+  p.inScaleX = 2.0f;
+  p.inScaleZ = 0.5f;
+  const std::vector<Vector3> scaled = boxAfter(p);
+  for (size_t i = 0; i < plain.size(); ++i) {
+    EXPECT_FLOAT_EQ(plain[i].x * 2.0f, scaled[i].x);
+    EXPECT_FLOAT_EQ(plain[i].y, scaled[i].y);
+    EXPECT_FLOAT_EQ(plain[i].z * 0.5f, scaled[i].z);
+  }
+}
+
+TEST(BoxBuilderTest, CAndDTermsShiftXAndZBySizeTimesTheirSines) {
+  const std::vector<Vector3> plain = boxAfter(ShapeParameters());
+  ShapeParameters p;
+  p.ampC = 0.5f;   // x += ampC cos((y freqC + phaseC)pi) sizeX = 0.5 * 1 * 2
+  p.sizeX = 2.0f;
+  p.ampD = 0.25f;  // z += ampD sin((y freqD + phaseD)pi) sizeZ = 0.25 * 1 * 1
+  p.phaseD = 0.5f;
+  const std::vector<Vector3> moved = boxAfter(p);
+  for (size_t i = 0; i < plain.size(); ++i) {
+    EXPECT_NEAR(plain[i].x + 1.0f, moved[i].x, 1e-6);
+    EXPECT_NEAR(plain[i].y, moved[i].y, 1e-6);
+    EXPECT_NEAR(plain[i].z + 0.25f, moved[i].z, 1e-6);
+  }
+}
+
+TEST(BoxBuilderTest, TheATermScalesTheRadiusOfTheSphericalProjection) {
+  ShapeParameters p;
+  p.spherify = 1.0f;
+  p.ampA = 0.5f;    // r = |p| (1 + 0.5 sin(0.5 pi)) = 1.5 |p|
+  p.phaseA = 0.5f;
+  for (const Vector3 &v : boxAfter(p)) EXPECT_NEAR(1.0f / 1.5f, v.length(), 1e-5);
+}
+
+TEST(MeshTest, ADegenerateFaceUsesTheRawBarycentricValues) {
+  Mesh m;
+  m.addVertex(Vector3(0, 0, 0), Vector3(), Vector3(1, 1, 1));
+  m.addVertex(Vector3(1, 0, 0), Vector3(), Vector3(1, 1, 1));
+  m.addVertex(Vector3(2, 0, 0), Vector3(), Vector3(1, 1, 1));
+  m.addFace(0, 1, 2);
+  m.faces[0]->unitNormal = Vector3(0, 0, 1);  // a plane for the collinear corners
+  float t = 0;
+  // The barycentric denominator is 0 and both raw values are 0: a hit
+  // anywhere on the plane.
+  EXPECT_TRUE(m.intersectFace(0, Vector3(5, 5, -1), Vector3(5, 5, 1), &t));
+  EXPECT_NEAR(0.5f, t, 1e-6);
+}
