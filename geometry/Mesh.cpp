@@ -152,7 +152,7 @@ int Mesh::addVertex(const Vector3 &position, const Vector3 &texCoord, const Vect
 }
 
 namespace {
-bool isSlot(const std::vector<Vertex *> &table, int index) { return index >= 0 && size_t(index) < table.size(); }
+[[maybe_unused]] bool isSlot(const std::vector<Vertex *> &table, int index) { return index >= 0 && size_t(index) < table.size(); }
 }  // namespace
 
 int Mesh::addFace(int a, int b, int c) {
