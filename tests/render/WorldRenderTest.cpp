@@ -217,3 +217,80 @@ TEST(WorldRender, BaseWithoutColourOnlyFillsDepth) {
 }
 
 }  // namespace
+
+namespace {
+
+using wt::Stage;
+
+TEST(WorldRender, ShadowsWorkWithTheBackBufferMapToo) {
+  REQUIRE_WORLD_GL();
+  wt::ScopedFlag noFramebuffers(hasFramebufferObject, false);
+  testing::internal::CaptureStdout();
+  Stage s;
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "final shadowmap size is 128\n") << "cut to fit 320 x 240";
+  wt::clearPicture();
+  s.world.render(s.camera.get(), 0, true, 0, true, s.pool.get(), true, false, false, true);
+  testgl::drainErrors();
+  double sx, sy, lx, ly;
+  wt::project(*s.camera, Vector3(-0.9f, -1.0f, 0.7f), &sx, &sy);
+  wt::project(*s.camera, Vector3(1.6f, -1.0f, -1.6f), &lx, &ly);
+  EXPECT_GT(wt::brightness(int(lx), int(ly)), wt::brightness(int(sx), int(sy)) + 30);
+}
+
+// The calling pattern of a scene's frame: the glow source at half size with
+// preparation and material slot 1, its blur, then the final picture on the
+// soft path without preparation, and the glow laid over it.
+TEST(WorldRender, SceneFramePatternRunsCleanly) {
+  REQUIRE_WORLD_GL();
+  Stage s;
+  Mesh& cube = *s.world.objects[s.cube];
+  cube.currentMaterial = 1;
+  cube.setMaterial(wt::colouredMaterial(Vector3(1, 1, 1), Vector3(1, 1, 1)));
+  cube.currentMaterial = 0;
+  RenderTarget& targets = *s.pool;
+  testgl::drainErrors();
+  auto errorsOtherThanLightModel = [] {
+    int count = 0;
+    for (unsigned e : testgl::drainErrors()) count += e != GL_INVALID_ENUM;
+    return count;
+  };
+
+  const int slot = targets.firstFreeSlot;
+  targets.lowResolution = 1;
+  s.camera->applyLow();
+  targets.beginTarget(slot + 1, true, false);
+  glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+  glEnable(GL_DEPTH_TEST);
+  s.world.render(s.camera.get(), 0, true, 1, false, &targets, true, true, true, true);
+  targets.lowResolution = 1;
+  targets.endTarget();
+  targets.copyToSlot(slot + 1);
+  EXPECT_EQ(errorsOtherThanLightModel(), 0);
+
+  targets.beginTarget(slot, false, false);
+  glClear(GL_COLOR_BUFFER_BIT);
+  glDisable(GL_DEPTH_TEST);
+  targets.glowPass(slot + 1, 0.45f, 8, 0.1f, 0.1f, 1, 0, 0, 0, 0, 0, true, 0, 1.5f, 1);
+  targets.endTarget();
+  targets.copyToSlot(slot);
+  s.camera->release();
+  targets.lowResolution = 0;
+
+  glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+  s.world.render(s.camera.get(), 0, false, 0, true, &targets, true, false, false, true);
+  glDisable(GL_DEPTH_TEST);
+  s.camera->apply();
+  targets.lowResolution = 1;
+  targets.drawSlot(slot, 3, nullptr, true, nullptr, nullptr, 1.0f);
+  s.camera->release();
+  targets.lowResolution = 0;
+  EXPECT_EQ(errorsOtherThanLightModel(), 0);
+  EXPECT_EQ(cube.currentMaterial, 0);
+  EXPECT_EQ(rtt::getInt(GL_MODELVIEW_STACK_DEPTH), 1) << "every push has its pop";
+  EXPECT_EQ(rtt::getInt(GL_PROJECTION_STACK_DEPTH), 1);
+  double x, y;
+  wt::project(*s.camera, Vector3(0, 0, -0.6f), &x, &y);
+  EXPECT_GT(wt::brightness(int(x), int(y)), 20) << "the picture holds the cube";
+}
+
+}  // namespace
