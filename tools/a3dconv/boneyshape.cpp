@@ -18,9 +18,10 @@ struct Ring {
 
 // The profile from bottom to top, symmetric about y = 0.
 const Ring profile[] = {
-    {-0.97f, 0.16f}, {-0.9f, 0.30f}, {-0.8f, 0.36f}, {-0.7f, 0.32f}, {-0.6f, 0.22f},
-    {-0.45f, 0.16f}, {-0.25f, 0.14f}, {0.0f, 0.13f},  {0.25f, 0.14f}, {0.45f, 0.16f},
-    {0.6f, 0.22f},   {0.7f, 0.32f},   {0.8f, 0.36f},  {0.9f, 0.30f},  {0.97f, 0.16f},
+    {-0.99f, 0.12f}, {-0.96f, 0.24f}, {-0.9f, 0.32f}, {-0.8f, 0.36f}, {-0.7f, 0.31f},
+    {-0.6f, 0.22f},  {-0.45f, 0.16f}, {-0.25f, 0.14f}, {0.0f, 0.13f},  {0.25f, 0.14f},
+    {0.45f, 0.16f},  {0.6f, 0.22f},   {0.7f, 0.31f},   {0.8f, 0.36f},  {0.9f, 0.32f},
+    {0.96f, 0.24f},  {0.99f, 0.12f},
 };
 constexpr int ringCount = sizeof(profile) / sizeof(profile[0]);
 constexpr int columns = 13;  // 12 sides and the repeated seam column
