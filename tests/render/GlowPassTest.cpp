@@ -312,6 +312,52 @@ TEST(GlowPass, SpreadPlacesFourTaps) {
   resetState();
 }
 
+// The zoom inset of pass i is i * zq / zoomPowBase^(i * zoomPow): with two
+// passes and no spread, the last pass samples from z to maxU - z, so a dot
+// left of centre lands further left; a power of 0 zooms by the full zq.
+TEST(GlowPass, ZoomInsetFollowsThePowerTerm) {
+  REQUIRE_TARGET_GL();
+  GlowScene s(false);
+  std::vector<uint8_t> image(256 * 128 * 4, 0);
+  for (int y = 58; y < 63; ++y)
+    for (int x = 38; x < 43; ++x)
+      for (int k = 0; k < 4; ++k) image[(size_t(y) * 256 + x) * 4 + k] = 255;
+  glBindTexture(GL_TEXTURE_2D, s.rt->textureLow[2]);
+  glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+  glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 256, 128, GL_RGBA, GL_UNSIGNED_BYTE, image.data());
+  GlowArgs g;
+  g.passes = 2;
+  g.amount = 0;
+  g.zoom = 0;
+  const auto still = glowInto(*s.rt, g, {0, 0, 0, 0});
+  g.zoom = 0.1f;
+  g.zoomPowBase = 1.5f;
+  g.zoomPow = 1;
+  const auto damped = glowInto(*s.rt, g, {0, 0, 0, 0});  // z = 0.1 / 1.5
+  g.zoomPow = 0;
+  const auto full = glowInto(*s.rt, g, {0, 0, 0, 0});  // z = 0.1
+  for (const auto* im : {&still, &damped, &full}) EXPECT_GT(at(*im, 40, 60)[0], 200);  // the first pass's dot
+  EXPECT_EQ(at(still, 29, 60)[0], 0);
+  EXPECT_EQ(at(still, 21, 60)[0], 0);
+  EXPECT_GT(at(damped, 29, 60)[0], 200);
+  EXPECT_EQ(at(damped, 21, 60)[0], 0);
+  EXPECT_GT(at(full, 21, 60)[0], 200);
+  EXPECT_EQ(at(full, 29, 60)[0], 0);
+  resetState();
+}
+
+// The pass ends by restoring the texture names from their saved copies.
+TEST(GlowPass, EndsWithRestoreTextures) {
+  REQUIRE_TARGET_GL();
+  GlowScene s(false);
+  const GLuint saved = s.rt->textureLowAlternate[4];
+  s.rt->textureLowAlternate[4] = 0;
+  s.rt->lowResolution = 1;
+  s.rt->glowPass(2, 0.45f, 0, 0.1f, 0.1f, 1, 0, 0, 0, 0, 0, true, 0, 1.5f, 1);
+  EXPECT_EQ(s.rt->textureLowAlternate[4], saved);
+  resetState();
+}
+
 // The colour of the taps is an additive tint scaled by amount.
 TEST(GlowPass, TintIsAdded) {
   REQUIRE_TARGET_GL();

@@ -207,6 +207,16 @@ TEST(SlotDrawing, DrawSlotFullScreenSetsAndRestoresState) {
   GLint v = 0;
   glGetTexParameteriv(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, &v);
   EXPECT_EQ(v, GL_CLAMP);
+  glGetTexParameteriv(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, &v);
+  EXPECT_EQ(v, GL_CLAMP);
+  glGetTexParameteriv(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, &v);
+  EXPECT_EQ(v, GL_LINEAR);
+  glGetTexParameteriv(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, &v);
+  EXPECT_EQ(v, GL_LINEAR);
+  GLfloat colour[4];
+  glGetFloatv(GL_CURRENT_COLOR, colour);
+  EXPECT_FLOAT_EQ(colour[0] + colour[1] + colour[2], 0.0f);
+  EXPECT_FLOAT_EQ(colour[3], 1.0f);
   EXPECT_TRUE(testgl::drainErrors().empty());
   resetState();
 }
