@@ -1,7 +1,15 @@
 #include "scenes/ProductionScenes.h"
 
+#include "core/Globals.h"
+#include "scenes/SceneBordersMeetus.h"
+#include "scenes/ScenePerforme.h"
+
 Scene* makeProductionScene(int32_t index, const char* name) {
   switch (index) {
+    case 0:
+      return new ScenePerforme(theDemo, name);
+    case 7:
+      return new SceneBordersMeetus(theDemo, name);
     default:
       return new PendingScene(name);
   }

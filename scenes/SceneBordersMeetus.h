@@ -1,0 +1,50 @@
+// SceneBordersMeetus: the cube field, on from 135 to 165 s. 450 thin cubes
+// churn as a noise-driven swarm before a large slab, inside a ring of 100
+// pillars, with a moving light, two glare sprites, 300 dust motes, and a white
+// flash on the beat.
+//
+// World units; angles in degrees. The camera and the swarm follow the demo
+// clock, the light, envelopes and flashes the scene clock (seconds).
+#pragma once
+#include <cstdint>
+#include <vector>
+
+#include "foundation/Vector3.h"
+#include "scenes/SceneSkeleton.h"
+
+class NoiseField;
+
+class SceneBordersMeetus : public SceneSkeleton {
+ public:
+  SceneBordersMeetus(Demo* demo, const std::string& name);
+  ~SceneBordersMeetus() override;
+
+  void animate(float sceneSeconds, float demoSeconds, int32_t stepMs) override;
+  // The beat flash: a white screen quad of alpha beatFlash(S), when not 0.
+  void drawOverlay(float sceneSeconds, float demoSeconds, int32_t stepMs) override;
+
+  // The beats, in scene seconds: groups of three, one second apart.
+  static const float beats[23];
+  // f = easeOut(0, 0.75) + the sum of easeOut(b, 0.75) over the beats b < S;
+  // the flash is f^4. Overlapping flashes add before the power, so it may
+  // exceed 1 (GL clamps the colour).
+  static float beatFlash(float S, const float* beatList, int beatCount);
+  static float beatFlash(float S);
+
+  // Where the swarm samples the noise for a cube at home h, with the two
+  // spreading envelopes E1, E2 and the shifted demo time T:
+  //   u = E1*0.01 + 0.012
+  //   p = (cos(u*h.x*12.2)*0.123 + T*0.034 + 10, E2*0.3*h.z*0.7 + u*h.y + 10,
+  //        (E1*0.01 + 0.002)*h.z + 10)
+  static Vector3 swarmSamplePoint(const Vector3& home, float e1, float e2, float T);
+
+  int32_t lightObject;               // object index of the light
+  std::vector<int32_t> cubeObjects;  // 451: 0 the slab, 1..450 the swarm
+  uint32_t glareCount;               // 2: billboards 0 and 1 follow the light
+  NoiseField* noiseX;                // owned, NoiseField(6, 100)
+  NoiseField* noiseY;                // owned, NoiseField(6, 101)
+  NoiseField* noiseZ;                // owned, NoiseField(6, 102)
+  int32_t cubeCount;                 // 450
+  std::vector<Vector3> cubeHomes;    // rest position of each swarm cube
+  uint32_t dustCount;                // 300 billboards after the glare ones
+};

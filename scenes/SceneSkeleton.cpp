@@ -1,0 +1,227 @@
+#include "scenes/SceneSkeleton.h"
+
+#include <GL/glew.h>
+
+#include <cmath>
+
+#include "core/Demo.h"
+#include "foundation/Camera.h"
+#include "foundation/Capabilities.h"
+#include "geometry/Mesh.h"
+#include "render/Light.h"
+#include "render/RenderTarget.h"
+#include "texture/TextureStore.h"
+
+// ===========================================================================
+// Construction
+// ===========================================================================
+SceneSkeleton::SceneSkeleton(Demo* demo_, const std::string& name_)
+    : Scene(name_),
+      demo(demo_),
+      camera(nullptr),
+      spareTransform(nullptr),
+      glowPasses(7),
+      glowFadeOut(0.0f),
+      glowBlurAmount(0.45f),
+      glowBlurMode(0.0f),
+      glowBlurZoom(0.0f),
+      glowBlurZoomPowBase(1.5f),
+      glowBlurZoomPow(1.0f),
+      glowBlurAlpha(1.0f) {}
+
+SceneSkeleton::~SceneSkeleton() { delete spareTransform; }
+
+void SceneSkeleton::setUpCamera(const std::string& cameraName, float fieldOfView, const Vector3& eye,
+                                const Vector3& target) {
+  camera = demo->camera(cameraName, fieldOfView, 0.1f, 1000.0f);
+  camera->position = eye;
+  camera->direction = target - eye;
+  registerCameraParameters();
+
+  // The spare record comes straight after the camera group.
+  spareTransform = new SpareTransform;
+  for (float& f : spareTransform->ones) f = 1.0f;
+  for (float& f : spareTransform->zeros) f = 0.0f;
+  spareTransform->flags[0] = 0;
+  spareTransform->flags[1] = 1;
+
+  world.baseLightAttenuation = 6.0f;
+}
+
+void SceneSkeleton::registerCameraParameters() {
+  addParameter("cameraZoom", &camera->zoom, 0.0025f, 0, 0);
+  addParameter("cameraFOV", &camera->fieldOfView, 0.25f, 0, 0);
+  addParameter("cameraRoll", &camera->roll, 0.5f, 0, 0);
+  addParameter("cameraPitch", &camera->pitch, 0.5f, 0, 0);
+  addParameter("cameraYaw", &camera->yaw, 0.5f, 0, 0);
+  addParameter("cameraLookAtRoll", &camera->lookAtRoll, 0.5f, 0, 0);
+  addParameter("cameraLookAtPitch", &camera->lookAtPitch, 0.5f, 0, 0);
+  addParameter("cameraLookAtYaw", &camera->lookAtYaw, 0.5f, 0, 0);
+}
+
+void SceneSkeleton::setUsualGlowDefaults() {
+  glowFadeOut = 0.0f;
+  glowBlurAmount = 0.45f;
+  glowBlurMode = 0.0f;
+  glowBlurZoom = 0.0f;
+  glowBlurZoomPowBase = 1.5f;
+  glowBlurZoomPow = 1.0f;
+  glowBlurAlpha = 1.0f;
+}
+
+void SceneSkeleton::registerGlowParameters() {
+  addParameter("glowFadeOut", &glowFadeOut, 0.001f, 0, 0);
+  addParameter("glowBlurAmount", &glowBlurAmount, 0.01f, 0, 0);
+  addParameter("glowBlurMode", &glowBlurMode, 1.0f, 0, 0);
+  addParameter("glowBlurZoom", &glowBlurZoom, 0.005f, 0, 0);
+  addParameter("glowBlurZoomPowBase", &glowBlurZoomPowBase, 0.005f, 0, 0);
+  addParameter("glowBlurZoomPow", &glowBlurZoomPow, 0.005f, 0, 0);
+  addParameter("glowBlurAlpha", &glowBlurAlpha, 0.005f, 0, 0);
+}
+
+uint32_t SceneSkeleton::texture(const char* textureName) const {
+  if (!demo->textures) return noTexture;
+  return demo->textures->findTextureId(textureName);
+}
+
+Mesh* SceneSkeleton::object(int32_t index) const {
+  if (index < 0 || index >= static_cast<int32_t>(world.objects.size())) return nullptr;
+  return world.objects[index];
+}
+
+void SceneSkeleton::setGlowMaterial(int32_t index, const Material& glow) {
+  Mesh* mesh = object(index);
+  if (!mesh) return;
+  mesh->currentMaterial = 1;
+  mesh->setMaterial(glow);
+  mesh->currentMaterial = 0;
+}
+
+void SceneSkeleton::markBatch(int32_t index, int32_t i, int32_t count) {
+  Mesh* mesh = object(index);
+  if (!mesh) return;
+  if (i == 0) {
+    mesh->batchFirst = true;
+    mesh->restoreState = false;
+  } else if (i == count - 1) {
+    mesh->setupState = false;
+    mesh->batchLast = true;
+  } else {
+    mesh->setupState = false;
+    mesh->restoreState = false;
+  }
+}
+
+int32_t SceneSkeleton::addStandardLight() {
+  LightParameters light;
+  light.enabled = true;
+  const float ambient[4] = {0.5f, 0.5f, 0.5f, 1.0f};
+  const float diffuse[4] = {2.0f, 2.0f, 2.0f, 1.0f};
+  const float specular[4] = {0.0f, 0.0f, 0.0f, 1.0f};
+  const float modelAmbient[4] = {0.0f, 0.0f, 0.0f, 1.0f};
+  for (int c = 0; c < 4; ++c) {
+    light.ambient[c] = ambient[c];
+    light.diffuse[c] = diffuse[c];
+    light.specular[c] = specular[c];
+    light.lightModelAmbient[c] = modelAmbient[c];
+  }
+  light.positional = true;
+  light.offset = Vector3(0, 0, 0);
+  light.direction = Vector3(0, 0, 1);
+  light.spotExponent = 100.0f;
+  light.spotCutoff = 90.0f;
+  light.constantAttenuation = 0.0f;
+  light.linearAttenuation = 0.01f;
+  light.quadraticAttenuation = 0.0f;
+  light.castsShadow = true;
+  light.shadowMapSize = 1024;
+  light.shadowNear = 0.1f;
+  light.shadowFar = 100.0f;
+  light.shadowFieldOfView = 90.0f;
+  light.projectedTexture = texture("solidnoisebump");
+  light.polygonOffset = false;
+  light.alphaTestShadow = false;
+  return world.addLight(light, 0.1f, 100.0f, demo->screenWidth, demo->screenHeight);
+}
+
+void SceneSkeleton::placeLightAimedAtOrigin(int32_t lightIndex, const Vector3& position) {
+  Mesh* mesh = object(lightIndex);
+  if (!mesh) return;
+  mesh->position = position;
+  Light* light = mesh->light();
+  if (!light) return;
+  const Vector3 towardOrigin = Vector3(0, 0, 0) - position;
+  const float length = std::sqrt(towardOrigin.x * towardOrigin.x + towardOrigin.y * towardOrigin.y +
+                                 towardOrigin.z * towardOrigin.z);
+  if (length > 0.0f) light->direction = towardOrigin / length;
+}
+
+// ===========================================================================
+// The frame
+// ===========================================================================
+void SceneSkeleton::drawOverlay(float, float, int32_t) {}
+
+void SceneSkeleton::render(int32_t timeMs, int32_t stepMs) {
+  sceneTimeMs += stepMs;
+  const float sceneSeconds = static_cast<float>(sceneTimeMs) / 1000.0f;
+  const float demoSeconds = static_cast<float>(timeMs) / 1000.0f;
+
+  animate(sceneSeconds, demoSeconds, stepMs);
+
+  renderGlowSource();
+  renderGlowBlur();
+  camera->release();
+  demo->renderTargets->lowResolution = 0;
+
+  renderFinalPicture();
+  drawGlow();
+  drawOverlay(sceneSeconds, demoSeconds, stepMs);
+
+  camera->release();
+  demo->renderTargets->lowResolution = 0;
+}
+
+// The picture of material slot 1 at half size, into slot + 1. Leaves the
+// low camera applied.
+void SceneSkeleton::renderGlowSource() {
+  RenderTarget* targets = demo->renderTargets;
+  targets->lowResolution = 1;
+  camera->applyLow();
+  targets->beginTarget(targets->firstFreeSlot + 1, true, false);
+  glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+  glEnable(GL_DEPTH_TEST);
+  world.render(camera, 0, true, 1, false, targets, true, true, true, true);
+  targets->lowResolution = 1;  // the direct path may leave it otherwise
+  targets->endTarget();
+  if (!useFramebufferObjects) targets->copyToSlot(targets->firstFreeSlot + 1);
+}
+
+// slot + 1 blurred into slot, still at half size.
+void SceneSkeleton::renderGlowBlur() {
+  RenderTarget* targets = demo->renderTargets;
+  targets->beginTarget(targets->firstFreeSlot, false, false);
+  glClear(GL_COLOR_BUFFER_BIT);
+  glDisable(GL_DEPTH_TEST);
+  targets->glowPass(targets->firstFreeSlot + 1, glowBlurAmount, glowPasses, 0.1f, 0.1f, glowBlurAlpha, 0.0f, 0.0f,
+                    0.0f, glowFadeOut, 0, true, glowBlurZoom, glowBlurZoomPowBase, glowBlurZoomPow);
+  targets->endTarget();
+  if (!useFramebufferObjects) targets->copyToSlot(targets->firstFreeSlot);
+}
+
+// Material slot 0 at full size with shadow masks at half size; the
+// preparation of the glow source pass stands.
+void SceneSkeleton::renderFinalPicture() {
+  glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+  world.render(camera, 0, false, 0, true, demo->renderTargets, true, false, false, true);
+  glDisable(GL_DEPTH_TEST);
+}
+
+// Applies the camera at full size (released at the end of render) and lays
+// the blurred glow over the picture.
+void SceneSkeleton::drawGlow() {
+  RenderTarget* targets = demo->renderTargets;
+  camera->apply();
+  targets->lowResolution = 1;
+  const int32_t mode = static_cast<int32_t>(glowBlurMode) == 0 ? 3 : 2;
+  targets->drawSlot(targets->firstFreeSlot, mode, nullptr, true, nullptr, nullptr, 1.0f);
+}
