@@ -2,6 +2,7 @@
 #include "render/RenderTarget.h"
 
 #include <cassert>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -94,6 +95,12 @@ RenderTarget::RenderTarget(int32_t width_, int32_t height_, int32_t lowWidth_, i
   ghostFade = 0;
   ghostColour[0] = ghostColour[1] = ghostColour[2] = 0;
   useFramebuffers = useFramebufferObjects;
+  if (useFramebuffers && (!glGenFramebuffersEXT || !glGenRenderbuffersEXT)) {
+    // Only reachable when a caller forces the flag on a driver without
+    // GL_EXT_framebuffer_object: say so and take the copy path.
+    printf("render targets: framebuffer objects unavailable, copying from the back buffer\n");
+    useFramebuffers = false;
+  }
 
   // 5. Framebuffers: one per texture, a depth renderbuffer per size and slot.
   if (useFramebuffers && slotCount > 0) {

@@ -501,6 +501,25 @@ TEST(RenderTargetFramebufferPath, DestructorDeletesFramebuffers) {
   testgl::drainErrors();
 }
 
+// Framebuffers asked for on a driver without them: a line, and the copy path.
+TEST(RenderTargetFramebufferPath, MissingExtensionFallsBackToCopyPath) {
+  REQUIRE_TARGET_GL();
+  ScopedFramebuffers fb(true);
+  const PFNGLGENFRAMEBUFFERSEXTPROC saved = __glewGenFramebuffersEXT;
+  __glewGenFramebuffersEXT = nullptr;
+  testing::internal::CaptureStdout();
+  std::unique_ptr<RenderTarget> rt(makePool(2));
+  const std::string out = testing::internal::GetCapturedStdout();
+  __glewGenFramebuffersEXT = saved;
+  EXPECT_FALSE(rt->useFramebuffers);
+  EXPECT_NE(out.find("framebuffer objects unavailable"), std::string::npos);
+  EXPECT_EQ(rt->framebufferHigh[0], 0u);
+  rt->beginTarget(0, true, false);
+  EXPECT_EQ(rt->stackDepth, 0);
+  rt.reset();
+  testgl::drainErrors();
+}
+
 // An incomplete framebuffer ends the process at once, status 0, no text.
 TEST(RenderTargetFramebufferPathDeathTest, IncompleteFramebufferExitsWithZero) {
   REQUIRE_TARGET_GL();
