@@ -491,3 +491,23 @@ TEST(A3dconvToolTest, BinaryGarbageAndBadArgumentsDoNotCrash) {
   EXPECT_NE(std::string::npos, r.err.find("usage"));
 }
 #endif
+
+TEST(Ac3dConverterTest, VertexLinesWithNormalsAndIndentedLinesAreRead) {
+  std::string text = simpleFile();
+  text.replace(text.find("1 0 0\n1 1 0"), 5, "\t1 0 0 0 0 -1");
+  text.replace(text.find("mat 0"), 5, "  mat 0");
+  const Parsed p = parse(text);
+  ASSERT_EQ(ac3dOk, p.result) << p.messages;
+  EXPECT_EQ(5, p.object.vertexCount());
+  EXPECT_EQ(1.0f, p.object.vertices[3]);
+  EXPECT_EQ(0.0f, p.object.vertices[5]);
+}
+
+TEST(Ac3dConverterTest, SurfacesOfAnUnknownTypeAreDroppedWithAMessage) {
+  std::string text = simpleFile();
+  text.replace(text.find("SURF 0x10"), 9, "SURF 0x14");
+  const Parsed p = parse(text);
+  ASSERT_EQ(ac3dOk, p.result);
+  EXPECT_EQ(1, p.object.triangleCount());
+  EXPECT_NE(std::string::npos, p.messages.find("surfaces of unknown type dropped")) << p.messages;
+}
