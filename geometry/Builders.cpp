@@ -446,9 +446,10 @@ void buildFromArrays(Mesh &mesh, const float *positions, const float *texCoords,
 // ===========================================================================
 void explodeFaces(Mesh &source, const std::function<Mesh *()> &newMesh, int *created, int mode,
                   bool solid, float height, float spread, float bias, bool centre) {
+  // The same normals pass as the World's preparation.
   source.computeFaceNormals(nullptr);
-  source.normalizeFaceNormals(nullptr);
   source.computeVertexNormals(true, nullptr);
+  source.normalizeFaceNormals(nullptr);
   if (created) *created = 0;
   const std::vector<int> live(source.liveFaces.begin(), source.liveFaces.end());
   for (int faceIndex : live) {
@@ -462,9 +463,7 @@ void explodeFaces(Mesh &source, const std::function<Mesh *()> &newMesh, int *cre
     mesh->inverted = false;
     mesh->normalsDirty = true;
 
-    Vector3 n = face->unitNormal;
-    n.setLength(1.0f);
-    n *= height;
+    const Vector3 n = face->unitNormal * height;  // unit length from the normals pass above
     Vector3 pos[3], tex[3], col[3];
     Vector3 meanPos, meanTex, meanCol;
     for (int c = 0; c < 3; ++c) {
