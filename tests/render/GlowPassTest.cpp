@@ -507,6 +507,7 @@ struct PipelineArgs {
   int blurMode = 0;
   float alpha = 1;
   bool backdropGlows = true;  // the glow source has the backdrop too
+  bool present = false;       // lay the scene's slot on the screen and letterbox it
 };
 
 // The blur steps of a scene: glow source at half size into firstFreeSlot + 1,
@@ -545,6 +546,24 @@ testimg::Image scenePipeline(bool framebuffers, const PipelineArgs& p) {
   rt->lowResolution = 1;
   rt->drawSlot(slot, p.blurMode == 0 ? 3 : 2, nullptr, true, nullptr, nullptr, 1.0f);
   rt->lowResolution = 0;
+  if (p.present) {
+    // The composition: on the copy path the scene's picture goes through its
+    // layer slot 0 and is laid on the cleared screen; the framebuffer path
+    // draws scenes straight to the screen.
+    if (!framebuffers) {
+      rt->copyToSlot(0);
+      glDisable(GL_BLEND);
+      glClear(GL_COLOR_BUFFER_BIT);
+      rt->drawSlot(0, 1, nullptr, true, nullptr, nullptr, 1.0f);
+    }
+    // The present step: the last slot, squeezed into the band of 3/4 height.
+    rt->copyToSlot(rt->slotCount - 1);
+    glClearColor(0, 0, 0, 0);
+    glClear(GL_COLOR_BUFFER_BIT);
+    glViewport(0, int(240 * 0.125), 320, int(240 * 0.75));
+    rt->drawSlot(rt->slotCount - 1, 0, nullptr, true, nullptr, nullptr, 1.0f);
+    glViewport(0, 0, 320, 240);
+  }
   EXPECT_TRUE(testgl::drainErrors().empty());
   return readWindow();
 }
@@ -576,6 +595,27 @@ TEST(GlowPassReference, SceneGlowWithZoomAndAdditiveMode) {
   p.blurMode = 1;
   p.backdropGlows = false;
   checkAgainstReference(scenePipeline(false, p), "targets_glow_zoom.png");
+  resetState();
+}
+
+// A scene's frame through its layer slot and the letterboxed present step.
+TEST(GlowPassReference, SceneThroughLayerAndPresent) {
+  REQUIRE_TARGET_GL();
+  PipelineArgs p;
+  p.present = true;
+  const auto copied = scenePipeline(false, p);
+  checkAgainstReference(copied, "targets_glow_present.png");
+  EXPECT_TRUE(near(pixel(160, 10), {0, 0, 0, 0}, 0));   // the bars
+  EXPECT_TRUE(near(pixel(160, 229), {0, 0, 0, 0}, 0));
+  if (hasFramebufferObject) {
+    testimg::Tolerance tolerance;
+    tolerance.maxMeanDiff = 1.0;
+    tolerance.pixelThreshold = 12;
+    tolerance.maxBadShare = 0.002;
+    const auto framebuffer = scenePipeline(true, p);
+    const auto result = testimg::compare(framebuffer, copied, tolerance);
+    EXPECT_TRUE(result.passed) << result.message;
+  }
   resetState();
 }
 
