@@ -350,3 +350,15 @@ TEST(A3dFileTest, ADirectoryReadsAsAnEmptyFileWithoutCrashing) {
   EXPECT_TRUE(result == a3dEmpty || result == a3dNotFound) << result;
   EXPECT_FALSE(out.empty());
 }
+
+TEST(A3dFileTest, EveryTruncationIsRefusedAndTheWholeFileAccepted) {
+  const std::vector<uint8_t> whole = encodeA3d(sampleModel(), a3dBits8, a3dBits16, SIZE_MAX, true);
+  testing::internal::CaptureStdout();
+  for (size_t length = 0; length < whole.size(); ++length) {
+    A3dModel m;
+    EXPECT_NE(a3dOk, decodeA3d(std::vector<uint8_t>(whole.begin(), whole.begin() + long(length)), "cut", m)) << length;
+  }
+  testing::internal::GetCapturedStdout();
+  A3dModel m;
+  EXPECT_EQ(a3dOk, decodeA3d(whole, "whole", m));
+}
