@@ -2,7 +2,10 @@
 // opens no display) and on fixed ticks, so nothing here needs a screen.
 #include <gtest/gtest.h>
 
+#include <SDL/SDL.h>
+
 #include <cmath>
+#include <cstdio>
 
 #include "core/Demo.h"
 #include "core/PlaybackControl.h"
@@ -301,4 +304,27 @@ TEST(DemoTimeline, FrameBeforeStartOnlyClearsTheSeekFlag) {
   EXPECT_EQ(d.frame(), 1);
   EXPECT_FALSE(d.seeked);
   EXPECT_EQ(a->calls, 0);
+}
+
+// With the music file the length of the file is the first endTime; the
+// entry only later overwrites it with 263500.
+TEST(DemoMusic, EndTimeIsFirstTheFilesLength) {
+  FILE* f = fopen("./music/ostravine.mp3", "rb");
+  if (!f) GTEST_SKIP() << "no music file built";
+  fclose(f);
+  InertDemo d;
+  ASSERT_EQ(d.loadMusic("./music/ostravine.mp3"), 1);
+  EXPECT_TRUE(d.musicLoaded);
+  EXPECT_GT(d.endTime, 263500);
+  EXPECT_LT(d.endTime, 300000);
+  EXPECT_EQ(d.loadMusic("./music/ostravine.mp3"), 0);  // loaded already
+  // Held paused at 0 until start.
+  EXPECT_EQ(d.position(), 0);
+  d.start();
+  d.seek(100000);
+  EXPECT_NEAR(d.position(), 100000, 50);
+  d.pause();
+  const int32_t held = d.position();
+  SDL_Delay(60);
+  EXPECT_EQ(d.position(), held);
 }
