@@ -308,8 +308,10 @@ float SceneBordersMeetus::beatFlash(float S) { return beatFlash(S, beats, 23); }
 
 void SceneBordersMeetus::drawOverlay(float sceneSeconds, float, int32_t) {
   const float flash = beatFlash(sceneSeconds);
-  if (flash == 0.0f) return;
+  if (flash != 0.0f) drawFlash(flash);
+}
 
+void SceneBordersMeetus::drawFlash(float flash) {
   glDisable(GL_LIGHTING);
   glMatrixMode(GL_PROJECTION);
   glPushMatrix();  // the camera's projection stays

@@ -30,6 +30,9 @@ class SceneBordersMeetus : public SceneSkeleton {
   // exceed 1 (GL clamps the colour).
   static float beatFlash(float S, const float* beatList, int beatCount);
   static float beatFlash(float S);
+  // The white quad of the flash at alpha `flash`, in the camera's projection
+  // at z = -0.5 of the eye, alpha blended; leaves GL_TEXTURE_2D on.
+  static void drawFlash(float flash);
 
   // Where the swarm samples the noise for a cube at home h, with the two
   // spreading envelopes E1, E2 and the shifted demo time T:
