@@ -7,6 +7,7 @@
 
 #include "SceneTestDemo.h"
 #include "foundation/Camera.h"
+#include "foundation/Timer.h"
 #include "geometry/Mesh.h"
 #include "scenes/SceneSkeleton.h"
 
@@ -184,6 +185,38 @@ TEST(SceneSkeleton, PausedOrOffTheScheduleTheClockStandsStill) {
   EXPECT_TRUE(on.empty());
   EXPECT_EQ(scene.sceneTimeMs, 1234);
   scenetest::demo().schedules.clear();
+}
+
+TEST(SceneSkeleton, TheTimelineAdvancesTheClockOnlyWhileTheSceneIsOnAndPlaying) {
+  REQUIRE_GL(scenetest::width, scenetest::height);
+  scenetest::SceneTestDemo& demo = scenetest::demo();
+  SkeletonScene* scene = new SkeletonScene(&demo, "timeline", "SkeletonTimeline.camera0", 60, 0.45f);
+  demo.schedules.clear();
+  demo.schedule(demo.addScene(scene), 1000, 2000);
+  setFixedTicks(10000);
+  demo.start();  // no music: the play timer is the position
+  setFixedTicks(10500);
+  demo.frame();  // 500 ms: before the scene's window
+  EXPECT_EQ(scene->sceneTimeMs, 0);
+  setFixedTicks(11200);
+  demo.frame();  // 1200 ms: on, first frame with a step of 700
+  EXPECT_EQ(scene->sceneTimeMs, 700);
+  setFixedTicks(11300);
+  demo.frame();
+  EXPECT_EQ(scene->sceneTimeMs, 800);
+  demo.pause();
+  setFixedTicks(11900);
+  demo.frame();  // paused: nothing is rendered
+  EXPECT_EQ(scene->sceneTimeMs, 800);
+  demo.resume();  // the position goes on from 1300 ms
+  setFixedTicks(12400);
+  demo.frame();  // 1800 ms
+  EXPECT_EQ(scene->sceneTimeMs, 1300);
+  setFixedTicks(13200);
+  demo.frame();  // 2600 ms: off the schedule again
+  EXPECT_EQ(scene->sceneTimeMs, 1300);
+  demo.schedules.clear();
+  demo.pause();
 }
 
 TEST(SceneSkeleton, RewindStepRunsTheClockBackAndBelowZero) {
