@@ -1,0 +1,62 @@
+// Scenes built where the model files are missing: each failed load is
+// reported by the model reader, the scene keeps the rest, draws the same
+// random numbers, and plays without touching the missing objects.
+#include <gtest/gtest.h>
+
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "SceneTestDemo.h"
+#include "scenes/SceneBordersMeetus.h"
+#include "scenes/ScenePerforme.h"
+
+namespace {
+
+// Runs `body` with an empty working directory, then returns to the old one.
+template <typename Body>
+void inEmptyDirectory(Body body) {
+  char old[4096];
+  ASSERT_NE(getcwd(old, sizeof old), nullptr);
+  char pattern[] = "/tmp/ostravine-scenes-XXXXXX";
+  const char* dir = mkdtemp(pattern);
+  ASSERT_NE(dir, nullptr);
+  ASSERT_EQ(chdir(dir), 0);
+  body();
+  ASSERT_EQ(chdir(old), 0);
+  rmdir(dir);
+}
+
+}  // namespace
+
+TEST(MissingModels, TheOpeningKeepsItsRingLightAndMotes) {
+  REQUIRE_GL(scenetest::width, scenetest::height);
+  scenetest::demo();  // textures come from the run directory
+  inEmptyDirectory([] {
+    ScenePerforme scene(&scenetest::demo(), "performe");
+    EXPECT_EQ(crtRandState(), scenetest::stateAfter(23233, 2000));
+    EXPECT_EQ(scene.world.objects.size(), 101u) << "100 boxes and the light";
+    EXPECT_LT(scene.objectIds[0], 0);
+    EXPECT_LT(scene.objectIds[256], 0);
+    EXPECT_EQ(scene.world.billboards.size(), 403u);
+    scene.render(16000, 40);
+    scene.render(16040, 40);
+    EXPECT_EQ(scene.sceneTimeMs, 80);
+  });
+}
+
+TEST(MissingModels, TheCubeFieldKeepsItsRingLightAndDust) {
+  REQUIRE_GL(scenetest::width, scenetest::height);
+  scenetest::demo();
+  inEmptyDirectory([] {
+    SceneBordersMeetus scene(&scenetest::demo(), "bordersMeetus");
+    EXPECT_EQ(crtRandState(), scenetest::stateAfter(23233, 1200));
+    EXPECT_EQ(scene.world.objects.size(), 101u) << "100 pillars and the light";
+    EXPECT_LT(scene.cubeObjects[0], 0);
+    EXPECT_LT(scene.cubeObjects[450], 0);
+    EXPECT_FLOAT_EQ(scene.cubeHomes[449].z, 0.125f);
+    scene.render(150000, 200);
+    EXPECT_EQ(scene.sceneTimeMs, 200);
+  });
+}
