@@ -15,8 +15,6 @@
 
 namespace {
 
-constexpr int32_t pillarCount = 100;
-
 // easeIn / easeOut of an Envelope (start, duration) at t, frequency and power 1.
 float easeInAt(float t, float start, float duration) {
   Envelope e;
@@ -95,24 +93,7 @@ SceneBordersMeetus::SceneBordersMeetus(Demo* demo_, const std::string& name_)
   noiseZ = new NoiseField(6, 102);
 
   // ---- 4. the ring of pillars, one batch; they never move ----
-  for (int32_t i = 0; i < pillarCount; ++i) {
-    const int32_t index = world.addBox(3, 3, P, false, true);
-    setGlowMaterial(index, G);
-    markBatch(index, i, pillarCount);
-    // The order of these draws places the ring.
-    const double r1 = randomUnit();
-    const double r2 = randomUnit();
-    const double s1 = randomSigned();
-    const double s2 = randomSigned();
-    const double r3 = randomUnit();
-    Mesh* pillar = object(index);
-    if (!pillar) continue;
-    pillar->position = Vector3(static_cast<float>(std::sin(static_cast<double>(i)) * (r2 * 20.0 + 35.0)),
-                               static_cast<float>(std::cos(static_cast<double>(i)) * (r1 * 20.0 + 35.0)), 9.0f);
-    pillar->rotation = Vector3(0.0f, static_cast<float>(s2 * 50.0), static_cast<float>(20.0 * s1));
-    pillar->useMatrix = true;
-    pillar->scale = Vector3(5.0f, 5.0f, static_cast<float>(r3 * 10.0 + 15.0));
-  }
+  addBoxRing(P, G);
 
   // ---- 5. colours of the swarm ----
   P.ambient = Vector3(1, 1, 1) * 0.5f;

@@ -15,7 +15,6 @@
 
 namespace {
 
-constexpr int32_t boxCount = 100;
 constexpr int32_t objectIdCount = 261;  // four more than the objects kept; the extra ones stay unused
 
 }  // namespace
@@ -82,24 +81,7 @@ ScenePerforme::ScenePerforme(Demo* demo_, const std::string& name_)
   noiseC = new NoiseField(5, 5234);
 
   // ---- 3. the ring of boxes, one batch ----
-  for (int32_t i = 0; i < boxCount; ++i) {
-    const int32_t index = world.addBox(3, 3, picture, false, true);
-    setGlowMaterial(index, glow);
-    markBatch(index, i, boxCount);
-    // The order of these draws places the ring.
-    const double r1 = randomUnit();
-    const double r2 = randomUnit();
-    const double a = randomSigned();
-    const double b = randomSigned();
-    const double r3 = randomUnit();
-    Mesh* box = object(index);
-    if (!box) continue;
-    box->position = Vector3(static_cast<float>(std::sin(static_cast<double>(i)) * (r2 * 20.0 + 35.0)),
-                            static_cast<float>(std::cos(static_cast<double>(i)) * (r1 * 20.0 + 35.0)), 9.0f);
-    box->rotation = Vector3(0.0f, static_cast<float>(b * 50.0), static_cast<float>(a * 20.0));
-    box->useMatrix = true;
-    box->scale = Vector3(5.0f, 5.0f, static_cast<float>(r3 * 10.0 + 15.0));
-  }
+  addBoxRing(picture, glow);
 
   // ---- 4. materials of the bones ----
   picture.ambient = Vector3(0.25f, 0.25f, 0.25f) * 0.75f;

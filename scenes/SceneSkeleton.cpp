@@ -7,6 +7,7 @@
 #include "core/Demo.h"
 #include "foundation/Camera.h"
 #include "foundation/Capabilities.h"
+#include "foundation/Random.h"
 #include "geometry/Mesh.h"
 #include "render/Light.h"
 #include "render/RenderTarget.h"
@@ -110,6 +111,32 @@ void SceneSkeleton::markBatch(int32_t index, int32_t i, int32_t count) {
     mesh->setupState = false;
     mesh->restoreState = false;
   }
+}
+
+int32_t SceneSkeleton::addBoxRing(const Material& picture, const Material& glow, const RingShape& shape) {
+  constexpr int32_t boxCount = 100;
+  int32_t first = -1;
+  for (int32_t i = 0; i < boxCount; ++i) {
+    const int32_t index = world.addBox(3, 3, picture, false, true);
+    if (i == 0) first = index;
+    setGlowMaterial(index, glow);
+    markBatch(index, i, boxCount);
+    // The order of these draws places the ring.
+    const double r1 = randomUnit();
+    const double r2 = randomUnit();
+    const double s1 = randomSigned();
+    const double s2 = randomSigned();
+    const double r3 = randomUnit();
+    Mesh* box = object(index);
+    if (!box) continue;
+    const double angle = static_cast<double>(i);  // radians
+    box->position = Vector3(static_cast<float>(std::sin(angle) * (r2 * shape.xSpread + shape.xRadius)),
+                            static_cast<float>(std::cos(angle) * (r1 * shape.ySpread + shape.yRadius)), 9.0f);
+    box->rotation = Vector3(0.0f, static_cast<float>(s2 * 50.0), static_cast<float>(s1 * 20.0));
+    box->useMatrix = true;
+    box->scale = Vector3(5.0f, 5.0f, static_cast<float>(r3 * shape.depthSpread + shape.depthBase));
+  }
+  return first;
 }
 
 int32_t SceneSkeleton::addStandardLight() {

@@ -29,6 +29,17 @@ struct SpareTransform {
 };
 static_assert(sizeof(SpareTransform) == 27 * 4, "the spare record is 27 32-bit words");
 
+// The ring of long boxes that stands behind several scenes, 100 boxes around
+// the z axis at z = 9. Box i (i in radians) with the draws r1, r2, s1, s2, r3,
+// in that order (r: randomUnit, s: randomSigned):
+//   position (sin(i) (r2 xSpread + xRadius), cos(i) (r1 ySpread + yRadius), 9)
+//   rotation (0, s2 50, s1 20); scale (5, 5, r3 depthSpread + depthBase)
+struct RingShape {
+  float xSpread = 20.0f, xRadius = 35.0f;
+  float ySpread = 20.0f, yRadius = 35.0f;
+  float depthSpread = 10.0f, depthBase = 15.0f;
+};
+
 class SceneSkeleton : public Scene {
  public:
   // Stores the demo. The glow group holds its usual defaults; scenes
@@ -84,6 +95,10 @@ class SceneSkeleton : public Scene {
   // sets batchFirst and clears restoreState, the middle ones clear setupState
   // and restoreState, the last clears setupState and sets batchLast.
   void markBatch(int32_t index, int32_t i, int32_t count);
+  // The ring above as one batch of addBox(3, 3, picture, false, true) with
+  // the glow material in slot 1, drawing five numbers per box from the
+  // generator as it stands. Returns the object index of the first box.
+  int32_t addBoxRing(const Material& picture, const Material& glow, const RingShape& shape = RingShape());
   // The standard production light: the light block every scene adds, made
   // with `projectedTexture` "solidnoisebump" and a 1024 shadow map; returns
   // the object index of addLight.

@@ -360,8 +360,11 @@ TEST(ScenePerforme, TheRewindNeverReachesTheOpening) {
   EXPECT_EQ(row.startTime, 0);
   EXPECT_EQ(row.endTime, 26500);
   EXPECT_LT(row.endTime, 27800);
-  for (const ScheduleRow& r : productionSchedule)
-    if (r.sceneIndex == 0) EXPECT_LE(r.endTime, 27800);
+  for (const ScheduleRow& r : productionSchedule) {
+    if (r.sceneIndex == 0) {
+      EXPECT_LE(r.endTime, 27800);
+    }
+  }
 }
 
 TEST(ScenePerforme, FrameLeavesNoGLErrorButTheRejectedLightModel) {
