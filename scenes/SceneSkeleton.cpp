@@ -100,7 +100,7 @@ void SceneSkeleton::setGlowMaterial(int32_t index, const Material& glow) {
 
 void SceneSkeleton::markBatch(int32_t index, int32_t i, int32_t count) {
   Mesh* mesh = object(index);
-  if (!mesh) return;
+  if (!mesh || count < 2) return;  // a mesh alone sets up and restores its own state
   if (i == 0) {
     mesh->batchFirst = true;
     mesh->restoreState = false;

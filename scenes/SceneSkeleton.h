@@ -93,7 +93,8 @@ class SceneSkeleton : public Scene {
   void setGlowMaterial(int32_t index, const Material& glow);
   // Batch flags of the i-th of `count` meshes drawn as one batch: the first
   // sets batchFirst and clears restoreState, the middle ones clear setupState
-  // and restoreState, the last clears setupState and sets batchLast.
+  // and restoreState, the last clears setupState and sets batchLast. A
+  // batch of one is left as it is.
   void markBatch(int32_t index, int32_t i, int32_t count);
   // The ring above as one batch of addBox(3, 3, picture, false, true) with
   // the glow material in slot 1, drawing five numbers per box from the

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <vector>
 
 #include "SceneTestDemo.h"
@@ -155,6 +156,54 @@ TEST(SceneSkeleton, GlowMaterialGoesToSlotOneAndBatchFlagsAreSet) {
   EXPECT_TRUE(c.restoreState);
   EXPECT_TRUE(c.batchLast);
   EXPECT_FALSE(c.batchFirst);
+}
+
+TEST(SceneSkeleton, ABatchOfOneKeepsItsOwnSetUpAndRestore) {
+  REQUIRE_GL(scenetest::width, scenetest::height);
+  SkeletonScene& scene = sharedScene();
+  const int index = scene.world.addBox(3, 3, Material(), false, true);
+  scene.markBatch(index, 0, 1);
+  const Mesh& m = *scene.world.objects[index];
+  EXPECT_TRUE(m.setupState);
+  EXPECT_TRUE(m.restoreState);
+  EXPECT_FALSE(m.batchFirst);
+  EXPECT_FALSE(m.batchLast);
+  scene.markBatch(-1, 0, 3);  // a failed load leaves a negative index: ignored
+}
+
+TEST(SceneSkeleton, RingShapeAndDraws) {
+  REQUIRE_GL(scenetest::width, scenetest::height);
+  SkeletonScene& scene = sharedScene();
+  RingShape ellipse;
+  ellipse.xSpread = 10;
+  ellipse.xRadius = 20;
+  ellipse.ySpread = 10;
+  ellipse.yRadius = 20;
+  ellipse.depthSpread = 15;
+  ellipse.depthBase = 20;
+  Material glow;
+  glow.diffuse.set(0.25f, 0.5f, 0.75f);
+  crtSrand(777);
+  const int first = scene.addBoxRing(Material(), glow, ellipse);
+  EXPECT_EQ(crtRandState(), scenetest::stateAfter(777, 500));
+  crtSrand(777);
+  for (int i = 0; i < 100; ++i) {
+    const double r1 = randomUnit(), r2 = randomUnit(), s1 = randomSigned(), s2 = randomSigned(), r3 = randomUnit();
+    const Mesh& box = *scene.world.objects[first + i];
+    EXPECT_NEAR(box.position.x, std::sin(i) * (r2 * 10 + 20), 1e-4);
+    EXPECT_NEAR(box.position.y, std::cos(i) * (r1 * 10 + 20), 1e-4);
+    EXPECT_EQ(box.position.z, 9.0f);
+    EXPECT_NEAR(box.rotation.y, s2 * 50, 1e-4);
+    EXPECT_NEAR(box.rotation.z, s1 * 20, 1e-4);
+    EXPECT_NEAR(box.scale.z, r3 * 15 + 20, 1e-4);
+    EXPECT_EQ(box.scale.y, 5.0f);
+    EXPECT_FLOAT_EQ(box.materials[1].diffuse.y, 0.5f);
+    EXPECT_EQ(box.faceCount, scene.world.objects[first]->faceCount);
+  }
+  EXPECT_TRUE(scene.world.objects[first]->batchFirst);
+  EXPECT_TRUE(scene.world.objects[first + 99]->batchLast);
+  // Leave the shared scene as it was for the frame tests.
+  for (int i = 0; i < 100; ++i) scene.world.objects[first + i]->visible = false;
 }
 
 TEST(SceneSkeleton, ClockAddsTheStepAndPassesSecondsToTheHooks) {
