@@ -109,8 +109,7 @@ int ostravineMain(int argc, char** argv) {
   demo.init();
 
   // Start-up 7.
-  int32_t fpsAccumulatorMs = 0;
-  int32_t fpsFrameCount = 0;
+  FrameRateCounter frameRate;
   bool pauseLatch = false;
   Timer wallTimer;
   wallTimer.reset();
@@ -151,17 +150,12 @@ int ostravineMain(int argc, char** argv) {
     demo.timeOffset = rewind.update(demoTimeMs, demo.timeOffset);
 
     // 4: frame counters and demo steps.
-    fpsAccumulatorMs += wallStepMs;
-    fpsFrameCount += 1;
+    frameRate.addFrame(wallStepMs);
+    framesPerSecond = frameRate.framesPerSecond;
     lastWallMs = wallTimeMs;
     demoStepMs = demoTimeMs - previousDemoTimeMs;
     demoTimeSeconds = demoTimeMs / 1000.0f;
     demoStepSeconds = demoStepMs / 1000.0f;
-    if (fpsAccumulatorMs > 999) {
-      framesPerSecond = fpsFrameCount;
-      fpsAccumulatorMs = 0;  // any remainder over a second is dropped
-      fpsFrameCount = 0;
-    }
 
     // 5: the grain of this position.
     fillFrameGrain(demo.noisePixels, demoTimeMs);
@@ -188,7 +182,7 @@ int ostravineMain(int argc, char** argv) {
     drawGrainOverlay(*demo.textures, screenWidth, screenHeight);
 
     // 10: a fast paused production is slowed down.
-    if (demo.isPaused() && framesPerSecond > 50 && fixedClock.fps == 0) SDL_Delay(10);
+    if (pausedFrameShouldWait(demo.isPaused(), framesPerSecond) && fixedClock.fps == 0) SDL_Delay(10);
 
     // 11: the lists the editor reads its selection from.
     std::vector<Scene*> visibleNow = demo.visibleScenes(demo.currentTime);

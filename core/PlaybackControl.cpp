@@ -21,6 +21,18 @@ int32_t RewindControl::update(int32_t demoTimeMs, int32_t timeOffset) {
   return timeOffset;
 }
 
+void FrameRateCounter::addFrame(int32_t wallStepMs) {
+  accumulatorMs += wallStepMs;
+  frameCount += 1;
+  if (accumulatorMs > 999) {
+    framesPerSecond = frameCount;
+    accumulatorMs = 0;
+    frameCount = 0;
+  }
+}
+
+bool pausedFrameShouldWait(bool paused, int32_t fps) { return paused && fps > 50; }
+
 bool pauseKeyToggles(int32_t keyValue, bool& pauseLatch) {
   if (keyValue > 0) {
     const bool toggle = !pauseLatch;

@@ -20,6 +20,20 @@ struct RewindControl {
   int32_t update(int32_t demoTimeMs, int32_t timeOffset);
 };
 
+// Frames counted over whole seconds of wall time: after more than 999 ms
+// have gathered, framesPerSecond takes the count and both start again (any
+// remainder over the second is dropped). 0 until the first second has passed.
+struct FrameRateCounter {
+  int32_t accumulatorMs = 0;
+  int32_t frameCount = 0;
+  int32_t framesPerSecond = 0;
+  void addFrame(int32_t wallStepMs);
+};
+
+// A paused production that runs fast (above 50 frames a second) waits 10 ms
+// a frame; a slow machine and a running production never wait.
+bool pausedFrameShouldWait(bool paused, int32_t framesPerSecond);
+
 // One press of the pause key toggles once however long it is held. keyValue
 // is the key's InputState value. Gives true when the pause should toggle now.
 bool pauseKeyToggles(int32_t keyValue, bool& pauseLatch);

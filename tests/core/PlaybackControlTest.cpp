@@ -89,3 +89,31 @@ TEST(PauseLatch, ExactlyZeroKeepsTheLatch) {
   EXPECT_TRUE(latch);
   EXPECT_FALSE(pauseKeyToggles(10, latch));
 }
+
+TEST(FrameRate, ZeroUntilASecondHasPassed) {
+  FrameRateCounter c;
+  for (int i = 0; i < 9; ++i) c.addFrame(100);
+  EXPECT_EQ(c.framesPerSecond, 0);
+  c.addFrame(100);  // 1000 ms: above 999
+  EXPECT_EQ(c.framesPerSecond, 10);
+  EXPECT_EQ(c.accumulatorMs, 0);
+  EXPECT_EQ(c.frameCount, 0);
+}
+
+TEST(FrameRate, RemainderOverTheSecondIsDropped) {
+  FrameRateCounter c;
+  c.addFrame(600);
+  c.addFrame(900);  // 1500 ms: the extra 500 ms are dropped
+  EXPECT_EQ(c.framesPerSecond, 2);
+  c.addFrame(999);
+  EXPECT_EQ(c.framesPerSecond, 2);  // 999 is not above 999
+  c.addFrame(1);
+  EXPECT_EQ(c.framesPerSecond, 2);
+  EXPECT_EQ(c.accumulatorMs, 0);
+}
+
+TEST(PausedDelay, OnlyAFastPausedProductionWaits) {
+  EXPECT_TRUE(pausedFrameShouldWait(true, 51));
+  EXPECT_FALSE(pausedFrameShouldWait(true, 50));
+  EXPECT_FALSE(pausedFrameShouldWait(false, 500));
+}
