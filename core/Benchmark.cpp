@@ -30,8 +30,6 @@ double millisecondsSinceProcessStart() {
 
 Benchmark::Benchmark(bool enabled_) : enabled(enabled_) {}
 
-void Benchmark::started() {}
-
 void Benchmark::frameBegins() {
   if (enabled) frameStart = std::chrono::steady_clock::now();
 }

@@ -20,7 +20,6 @@ class Demo;
 class Benchmark {
  public:
   explicit Benchmark(bool enabled);
-  void started();                          // the production has loaded and starts
   void frameBegins();
   void frameEnds(Demo& demo);              // attributes the frame to the scene on at demo.currentTime
   void report(Demo& demo) const;

@@ -132,7 +132,6 @@ int ostravineMain(int argc, char** argv) {
     demo.previousTime = demo.currentTime;
     demoTimeMs = demo.currentTime;
   }
-  benchmark.started();
 
   size_t nextShot = 0;
   uint32_t capturedFrames = 0;
