@@ -317,6 +317,12 @@ void World::litPass(bool blended) {
       glActiveTextureARB(GL_TEXTURE1_ARB);
       glEnable(GL_TEXTURE_2D);
       shadowCompareBegin(*lightMesh);
+      // The compare result (1 lit, 0 in shadow) must multiply the light's
+      // colour. The unit's environment is whatever an earlier draw left:
+      // the state restore of every unshifted mesh draw (base pass, shadow
+      // map) sets GL_ADD here, which would add 1 to every unshadowed point
+      // inside the map's frustum and turn it white instead of shadowing.
+      glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
       glActiveTextureARB(GL_TEXTURE2_ARB);
       projectedTextureBegin(*lightMesh);
       glActiveTextureARB(GL_TEXTURE0_ARB);

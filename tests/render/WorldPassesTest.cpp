@@ -114,6 +114,32 @@ TEST(WorldPasses, MaskIsWhiteWhereLitAndDarkInShadow) {
   testgl::drainErrors();
 }
 
+// The direct path's lit pass shadows by the compare on unit 1: in the cube's
+// shadow the floor keeps only its base colour, as if the light were off there,
+// even when unit 1 was left in GL_ADD by an earlier draw's restore (which
+// would add the light to the shadow and white to everything else).
+TEST(WorldPasses, LitPassMultipliesTheLightByTheShadowCompare) {
+  REQUIRE_WORLD_GL();
+  Stage unlit;
+  unlit.world.objects[unlit.light]->light()->enabled = false;
+  glClearColor(0, 0, 0, 1);
+  glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+  unlit.world.render(unlit.camera.get(), 0, true, 0, false, unlit.pool.get(), false, false, false, true);
+  const double baseOnly = shadowSpotBrightness(unlit);
+
+  Stage s;
+  glActiveTextureARB(GL_TEXTURE1_ARB);
+  glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_ADD);
+  glActiveTextureARB(GL_TEXTURE0_ARB);
+  glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+  s.world.render(s.camera.get(), 0, true, 0, false, s.pool.get(), false, false, false, true);
+  testgl::drainErrors();
+  const double shadowed = shadowSpotBrightness(s);
+  const double lit = litSpotBrightness(s);
+  EXPECT_NEAR(shadowed, baseOnly, 6) << "the light adds nothing in the shadow";
+  EXPECT_GT(lit, baseOnly + 60) << "the light does reach the unshadowed floor";
+}
+
 TEST(WorldPasses, LightImageLeavesTheStateItPromises) {
   REQUIRE_WORLD_GL();
   Stage s;
