@@ -266,6 +266,18 @@ TEST_F(Imagegen, LightSpritesAreBrightInTheMiddleAndBlackAtEveryEdge) {
   }
 }
 
+// "billbig" is also projected from a light as the picture it casts, over the
+// whole shadow-map frustum: it must light a broad pool, not only a pin-point.
+TEST_F(Imagegen, TheBigGlowSpriteKeepsABroadPoolAroundItsCore) {
+  const Png& p = picture("billbig.png");
+  ASSERT_TRUE(p.ok);
+  // Straight above the centre (off the horizontal streak) at a quarter and at
+  // half of the half size.
+  EXPECT_GE(p.at(p.width / 2, p.height / 2 - p.height / 8, 0), 180);
+  EXPECT_GE(p.at(p.width / 2, p.height / 2 - p.height / 4, 0), 100);
+  EXPECT_LE(p.at(p.width / 2, p.height / 2 - p.height / 4, 0), 200) << "a pool that fades, not a flat disc";
+}
+
 TEST_F(Imagegen, TheHoledGlareHasDarkHolesInItsHalo) {
   // Along the circle of the inner holes (radius 0.36 of the half size) the
   // brightness must dip well below its brightest point.

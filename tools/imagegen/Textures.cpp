@@ -275,12 +275,17 @@ Image makeHighlight() {
   });
 }
 
+// "billbig" is a flare sprite and also the picture a light casts: the
+// materials project it from the light over the whole shadow-map frustum,
+// where it multiplies the light. So besides the hot core it carries a broad
+// pool that stays bright out to about half the radius; a sprite that is all
+// core would shrink every light to a pin-point.
 Image makeGlowSprite() {
   return radialSprite(256, [](float dx, float dy, float r) {
-    float core = 0.95f * std::exp(-(r / 0.07f) * (r / 0.07f));
-    float halo = 0.50f * std::exp(-(r / 0.22f) * (r / 0.22f)) + 0.20f * std::exp(-(r / 0.50f) * (r / 0.50f));
+    float core = 0.9f * std::exp(-(r / 0.08f) * (r / 0.08f));
+    float pool = 0.9f * (1.0f - smoothstep(0.15f, 0.9f, r));
     float streak = 0.22f * std::exp(-(dy / 0.03f) * (dy / 0.03f)) * std::exp(-(dx / 0.55f) * (dx / 0.55f));
-    float i = core + halo + streak;
+    float i = core + pool + streak;
     return Rgba{i, i * 0.98f, i * 0.95f, 1};
   });
 }
