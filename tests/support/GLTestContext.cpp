@@ -6,6 +6,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <string>
 
 #include "foundation/Capabilities.h"
 
@@ -16,21 +17,49 @@ bool ok = false;
 int w = 0, h = 0;
 }  // namespace
 
-bool open(int width, int height) {
-  if (opened) return ok;
-  opened = true;
-  // Render straight into the window: tests read back what they draw.
-  setenv("SDL12COMPAT_OPENGL_SCALING", "0", 1);
-  if (!getenv("DISPLAY")) return false;
-  if (SDL_Init(SDL_INIT_VIDEO | SDL_INIT_TIMER) < 0) return false;
+std::string failure;
+
+bool openWindow(int width, int height) {
+  if (SDL_Init(SDL_INIT_VIDEO | SDL_INIT_TIMER) < 0) {
+    failure = std::string("SDL_Init: ") + SDL_GetError();
+    return false;
+  }
   SDL_GL_SetAttribute(SDL_GL_RED_SIZE, 8);
   SDL_GL_SetAttribute(SDL_GL_GREEN_SIZE, 8);
   SDL_GL_SetAttribute(SDL_GL_BLUE_SIZE, 8);
   SDL_GL_SetAttribute(SDL_GL_ALPHA_SIZE, 8);
   SDL_GL_SetAttribute(SDL_GL_DOUBLEBUFFER, 1);
   SDL_GL_SetAttribute(SDL_GL_DEPTH_SIZE, 24);
-  if (!SDL_SetVideoMode(width, height, 0, SDL_OPENGL | SDL_DOUBLEBUF | SDL_HWSURFACE)) return false;
-  if (glewInit() != GLEW_OK) return false;
+  if (!SDL_SetVideoMode(width, height, 0, SDL_OPENGL | SDL_DOUBLEBUF | SDL_HWSURFACE)) {
+    failure = std::string("SDL_SetVideoMode: ") + SDL_GetError();
+    SDL_Quit();
+    return false;
+  }
+  if (glewInit() != GLEW_OK) {
+    failure = "glewInit failed";
+    SDL_Quit();
+    return false;
+  }
+  return true;
+}
+
+bool open(int width, int height) {
+  if (opened) return ok;
+  opened = true;
+  // Render straight into the window: tests read back what they draw.
+  setenv("SDL12COMPAT_OPENGL_SCALING", "0", 1);
+  if (!getenv("DISPLAY")) {
+    failure = "no DISPLAY";
+    return false;
+  }
+  // A display under load can refuse a connection for a moment: try again
+  // before calling it a failure.
+  bool made = false;
+  for (int attempt = 0; attempt < 5 && !made; ++attempt) {
+    if (attempt > 0) SDL_Delay(300);
+    made = openWindow(width, height);
+  }
+  if (!made) return false;
   w = width;
   h = height;
   hasDepthTexture = GLEW_ARB_depth_texture;
@@ -68,6 +97,10 @@ bool open(int width, int height) {
   ok = true;
   return true;
 }
+
+bool displayExpected() { return getenv("DISPLAY") != nullptr; }
+
+std::string openFailure() { return failure; }
 
 int width() { return w; }
 int height() { return h; }

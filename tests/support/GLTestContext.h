@@ -7,7 +7,8 @@
 // and sets the display defaults (perspective 45 degrees, depth test, lighting,
 // colour material, back-face culling). Needs an X display: the test command
 // runs under Xvfb. Tests call GLTestContext::open() at their start; when no
-// display is available the test is skipped with a message.
+// display is available the test is skipped with a message; when there is a
+// display but no context can be made, the test fails.
 #pragma once
 #include <string>
 #include <vector>
@@ -16,8 +17,14 @@
 namespace testgl {
 
 // Opens the window once per process; later calls return the same state.
-// Returns false (and the caller should GTEST_SKIP) when no GL context could be made.
+// Returns false when no GL context could be made.
 bool open(int width = 320, int height = 240);
+
+// Whether a display is there at all (DISPLAY set); without one, GL tests skip.
+bool displayExpected();
+
+// Why the last open failed.
+std::string openFailure();
 
 int width();
 int height();
@@ -33,7 +40,10 @@ void swap();
 
 }  // namespace testgl
 
-#define REQUIRE_GL(w, h)                                          \
-  do {                                                            \
-    if (!testgl::open((w), (h))) GTEST_SKIP() << "no GL display"; \
+#define REQUIRE_GL(w, h)                                                        \
+  do {                                                                          \
+    if (!testgl::open((w), (h))) {                                              \
+      if (!testgl::displayExpected()) GTEST_SKIP() << "no GL display";         \
+      FAIL() << "no GL context on the display: " << testgl::openFailure();      \
+    }                                                                           \
   } while (0)
