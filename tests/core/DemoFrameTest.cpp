@@ -10,6 +10,7 @@
 #include "core/Demo.h"
 #include "render/RenderTarget.h"
 #include "scenes/Scene.h"
+#include "support/GLTestContext.h"
 
 namespace {
 
@@ -50,8 +51,9 @@ std::vector<uint8_t> readWindow(int32_t w, int32_t h) {
 
 const uint8_t* at(const std::vector<uint8_t>& p, int32_t w, int32_t x, int32_t y) { return &p[(size_t(y) * w + x) * 4]; }
 
-#define REQUIRE_DISPLAY() \
-  if (!std::getenv("DISPLAY")) GTEST_SKIP() << "no display"
+#define REQUIRE_DISPLAY()                                   \
+  if (!std::getenv("DISPLAY")) GTEST_SKIP() << "no display"; \
+  ASSERT_TRUE(testgl::waitForDisplay())
 
 }  // namespace
 

@@ -142,7 +142,7 @@ TEST(Program, NoDisplayFailsEveryProbeAndEndsWithStatus4) {
 
 TEST(Program, MissingMultitexturingEndsWithStatus4) {
   REQUIRE_DISPLAY();
-  testrun::Result r = testrun::run(
+  testrun::Result r = testrun::runOnDisplay(
       "OSTRAVINE_HIDE_EXTENSIONS=GL_ARB_multitexture '" OSTRAVINE_EXECUTABLE "' -nomusic -res:256 --windowed",
       OSTRAVINE_RUN_DIR);
   EXPECT_EQ(r.exitStatus, 4) << r.out << r.err;
@@ -153,7 +153,7 @@ TEST(Program, MissingMultitexturingEndsWithStatus4) {
 
 TEST(Program, RunsWithoutFramebufferObjects) {
   REQUIRE_DISPLAY();
-  testrun::Result r = testrun::run("OSTRAVINE_HIDE_EXTENSIONS=GL_EXT_framebuffer_object '" OSTRAVINE_EXECUTABLE
+  testrun::Result r = testrun::runOnDisplay("OSTRAVINE_HIDE_EXTENSIONS=GL_EXT_framebuffer_object '" OSTRAVINE_EXECUTABLE
                                    "' -nomusic -res:256 --windowed --fixed-fps 10 --from 1000 --to 3000",
                                    OSTRAVINE_RUN_DIR);
   EXPECT_EQ(r.exitStatus, 0) << r.out << r.err;
@@ -171,7 +171,8 @@ TEST(Program, MissingMusicWarnsAndPlaysSilently) {
   const std::string d = dir;
   const std::string run = OSTRAVINE_RUN_DIR;
   testrun::run("ln -s '" + run + "/images' '" + d + "/images' && ln -s '" + run + "/models' '" + d + "/models'", "");
-  testrun::Result r = testrun::run("'" OSTRAVINE_EXECUTABLE "' -res:256 --windowed --from 263000 --trace", d, 120);
+  testrun::Result r =
+      testrun::runOnDisplay("'" OSTRAVINE_EXECUTABLE "' -res:256 --windowed --from 263000 --trace", d, 120);
   testrun::run("rm -rf '" + d + "'", "");
   EXPECT_EQ(r.exitStatus, 0) << r.err;
   EXPECT_TRUE(has(r.out, "WARNING: Music file ./music/ostravine.mp3 not found.\nstart.\n")) << r.out;

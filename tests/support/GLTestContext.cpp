@@ -4,6 +4,7 @@
 #include <GL/glu.h>
 #include <SDL/SDL.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -40,6 +41,14 @@ bool openWindow(int width, int height) {
     SDL_Quit();
     return false;
   }
+  // Tests read alpha back: a window without destination alpha is no use.
+  GLint alphaBits = 0;
+  glGetIntegerv(GL_ALPHA_BITS, &alphaBits);
+  if (alphaBits < 8) {
+    failure = "the window has " + std::to_string(alphaBits) + " alpha bits";
+    SDL_Quit();
+    return false;
+  }
   return true;
 }
 
@@ -56,7 +65,10 @@ bool open(int width, int height) {
   // before calling it a failure.
   bool made = false;
   for (int attempt = 0; attempt < 5 && !made; ++attempt) {
-    if (attempt > 0) SDL_Delay(300);
+    if (attempt > 0) {
+      fprintf(stderr, "GL test window: %s; trying again\n", failure.c_str());
+      SDL_Delay(300);
+    }
     made = openWindow(width, height);
   }
   if (!made) return false;
@@ -96,6 +108,18 @@ bool open(int width, int height) {
   drainErrors();
   ok = true;
   return true;
+}
+
+bool waitForDisplay() {
+  for (int attempt = 0; attempt < 5; ++attempt) {
+    if (attempt > 0) SDL_Delay(300);
+    if (SDL_Init(SDL_INIT_VIDEO) == 0) {
+      SDL_Quit();
+      return true;
+    }
+    fprintf(stderr, "display: %s; trying again\n", SDL_GetError());
+  }
+  return false;
 }
 
 bool displayExpected() { return getenv("DISPLAY") != nullptr; }

@@ -23,6 +23,12 @@ bool open(int width = 320, int height = 240);
 // Whether a display is there at all (DISPLAY set); without one, GL tests skip.
 bool displayExpected();
 
+// For tests that open the display through the engine itself: waits until
+// SDL's video can start on the display (a busy display can refuse a
+// connection for a moment), then leaves SDL as it found it. False when it
+// never could.
+bool waitForDisplay();
+
 // Why the last open failed.
 std::string openFailure();
 

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <cstring>
 #include <sstream>
 
@@ -62,8 +63,18 @@ Result run(const std::string& command, const std::string& directory, int timeout
   return r;
 }
 
+Result runOnDisplay(const std::string& command, const std::string& directory, int timeoutSeconds) {
+  Result r;
+  for (int attempt = 0; attempt < 4; ++attempt) {
+    if (attempt > 0) usleep(300000);
+    r = run(command, directory, timeoutSeconds);
+    if (!getenv("DISPLAY") || r.err.find("Error: Failed to initialize sdl:") == std::string::npos) break;
+  }
+  return r;
+}
+
 Result runOstravine(const std::string& arguments, int timeoutSeconds) {
-  return run(std::string("'") + OSTRAVINE_EXECUTABLE + "' " + arguments, OSTRAVINE_RUN_DIR, timeoutSeconds);
+  return runOnDisplay(std::string("'") + OSTRAVINE_EXECUTABLE + "' " + arguments, OSTRAVINE_RUN_DIR, timeoutSeconds);
 }
 
 std::vector<std::string> lines(const std::string& text) {

@@ -18,6 +18,11 @@ struct Result {
 
 Result run(const std::string& command, const std::string& directory, int timeoutSeconds = 120);
 
+// Like run, for a program that opens the test display: when the display
+// refuses the connection for a moment (SDL reports that it could not
+// initialise), the run is tried again a few times.
+Result runOnDisplay(const std::string& command, const std::string& directory, int timeoutSeconds = 120);
+
 // Runs the ostravine executable from the run directory with the given
 // arguments (a plain string, passed through the shell).
 Result runOstravine(const std::string& arguments, int timeoutSeconds = 120);
