@@ -44,32 +44,17 @@ void texturedQuad(float x0, float y0, float x1, float y1, float u0, float v0, fl
   glEnd();
 }
 
-// The blend table of the quads not bound to slots.
+// The blend table of the quads not bound to slots: drawSlot's modes 0 to 2,
+// then 3 SRC_ALPHA, DST_ALPHA and 4 SRC_ALPHA, ONE; other modes change nothing.
 void quadBlend(int32_t mode) {
-  switch (mode) {
-    case 0:
-      glDisable(GL_BLEND);
-      break;
-    case 1:
-      if (hasBlendFuncSeparate)
-        glBlendFuncSeparateEXT(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
-      else
-        glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
-      break;
-    case 2:
-      glBlendFunc(GL_ONE, GL_ONE);
-      glEnable(GL_BLEND);
-      break;
-    case 3:
-      glBlendFunc(GL_SRC_ALPHA, GL_DST_ALPHA);
-      glEnable(GL_BLEND);
-      break;
-    case 4:
-      glBlendFunc(GL_SRC_ALPHA, GL_ONE);
-      glEnable(GL_BLEND);
-      break;
-    default:
-      break;
+  if (mode == 3) {
+    glBlendFunc(GL_SRC_ALPHA, GL_DST_ALPHA);
+    glEnable(GL_BLEND);
+  } else if (mode == 4) {
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE);
+    glEnable(GL_BLEND);
+  } else if (mode < 3) {
+    applySlotBlendMode(mode);
   }
 }
 
@@ -273,34 +258,12 @@ void RenderTarget::drawVolumeSlice(GLuint textureId, int32_t blendMode, const fl
   glDisable(GL_LIGHTING);
   if (fullScreen) pushIdentity();
   if (scale) glScalef(scale[0], scale[1], scale[2]);
-  switch (blendMode) {
-    case 0:
-      glDisable(GL_BLEND);
-      break;
-    case 1:
-      if (hasBlendFuncSeparate)
-        glBlendFuncSeparateEXT(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
-      else
-        glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
-      break;
-    case 2:
-      glBlendFunc(GL_ONE, GL_ONE);
-      glEnable(GL_BLEND);
-      break;
-    case 3:
-      glBlendFunc(GL_SRC_COLOR, GL_DST_COLOR);
-      glEnable(GL_BLEND);
-      break;
-    case 4:
-      glBlendFunc(GL_DST_COLOR, GL_SRC_COLOR);
-      glEnable(GL_BLEND);
-      break;
-    case 5:
-      glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
-      glEnable(GL_BLEND);
-      break;
-    default:
-      break;
+  // drawSlot's table, but for mode 5, which blends by alpha here; 6 and up change nothing.
+  if (blendMode == 5) {
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    glEnable(GL_BLEND);
+  } else if (blendMode < 5) {
+    applySlotBlendMode(blendMode);
   }
 
   const bool masked = maskTexture != 0;

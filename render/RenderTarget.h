@@ -196,6 +196,13 @@ class RenderTarget {
   static GLuint nameAt(const GLuint* names, int32_t index);
 };
 
+// The blend modes of drawSlot, as (source factor, destination factor):
+//   0 blending off; 1 SRC_ALPHA, ONE_MINUS_SRC_ALPHA (alpha ONE, ONE_MINUS_SRC_ALPHA
+//   where the separate function exists), function only, GL_BLEND left alone;
+//   2 ONE, ONE; 3 SRC_COLOR, DST_COLOR; 4 DST_COLOR, SRC_COLOR; 5 SRC_ALPHA, ONE;
+//   6 SRC_COLOR, ONE. Modes 2 to 6 enable GL_BLEND; any other mode changes nothing.
+void applySlotBlendMode(int32_t mode);
+
 // The tap alpha of glowPass (see above), exposed for tests and tuning tools.
 float glowTapAlpha(float amount, float fadeOut, float alpha);
 // The zoom step of glowPass after quantisation to 1/10000.

@@ -4,16 +4,8 @@
 #include "foundation/Capabilities.h"
 #include "render/RenderTarget.h"
 
-void RenderTarget::drawSlot(int32_t slot, int32_t blendMode, const float* scale, bool fullScreen,
-                            const float* texScale, const float* texOffset, float alpha) {
-  if (slot < 0 || slot >= slotCount) return;
-
-  glDisable(GL_LIGHTING);
-  if (fullScreen) pushIdentity();
-  // Without fullScreen the scale lands on the caller's matrix and stays there.
-  if (scale) glScalef(scale[0], scale[1], scale[2]);
-
-  switch (blendMode) {
+void applySlotBlendMode(int32_t mode) {
+  switch (mode) {
     case 0:
       glDisable(GL_BLEND);
       break;
@@ -47,6 +39,18 @@ void RenderTarget::drawSlot(int32_t slot, int32_t blendMode, const float* scale,
     default:
       break;  // blending left as it is
   }
+}
+
+void RenderTarget::drawSlot(int32_t slot, int32_t blendMode, const float* scale, bool fullScreen,
+                            const float* texScale, const float* texOffset, float alpha) {
+  if (slot < 0 || slot >= slotCount) return;
+
+  glDisable(GL_LIGHTING);
+  if (fullScreen) pushIdentity();
+  // Without fullScreen the scale lands on the caller's matrix and stays there.
+  if (scale) glScalef(scale[0], scale[1], scale[2]);
+
+  applySlotBlendMode(blendMode);
 
   glActiveTextureARB(GL_TEXTURE0_ARB);
   glDisable(GL_TEXTURE_CUBE_MAP);
