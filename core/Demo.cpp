@@ -131,18 +131,10 @@ Demo::Demo(const std::string& title_, int32_t screenWidth_, int32_t screenHeight
     TextureRecord& record = textures->findTextureRecord("basicOutputFont");
     record.minFilter = GL_LINEAR_MIPMAP_LINEAR;
     const float W = float(record.width), H = float(record.height);
-    FontAtlas atlas;
-    atlas.textureName = "basicOutputFont";
-    atlas.firstCharacter = 32;
-    atlas.columns = 16;
-    atlas.rows = 14;
-    atlas.glyphWidth = 58 / W;
-    atlas.glyphHeight = 54 / H;
-    atlas.firstCentreU = 39 / W;
-    atlas.firstCentreV = 30 / H;
-    atlas.stepU = 80 / W;
-    atlas.stepV = 58.5f / H;
-    font = new Font(textures, atlas);
+    // Name, first character, columns, rows, then the glyph size, the first
+    // glyph's centre and the step between cells, in pixels over the image size.
+    font = new Font(textures,
+                    FontAtlas{"basicOutputFont", 32, 16, 14, 58 / W, 54 / H, 39 / W, 30 / H, 80 / W, 58.5f / H});
   }
 
   useAlternativeFont = false;

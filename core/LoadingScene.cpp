@@ -21,18 +21,10 @@ LoadingScene::LoadingScene(Demo* demo_, const std::string& name_)
   if (textures->findTextureId("basicOutputFont") != noTexture) {
     TextureRecord& record = textures->findTextureRecord("basicOutputFont");
     const float W = float(record.width), H = float(record.height);
-    FontAtlas atlas;
-    atlas.textureName = "basicOutputFont";
-    atlas.firstCharacter = 32;
-    atlas.columns = 16;
-    atlas.rows = 9;
-    atlas.glyphWidth = 38 / W;
-    atlas.glyphHeight = 55 / H;
-    atlas.firstCentreU = 43 / W;
-    atlas.firstCentreV = 37 / H;
-    atlas.stepU = 62.4f / W;
-    atlas.stepV = 57 / H;
-    font = new Font(textures, atlas);
+    // Name, first character, columns, rows, then the glyph size, the first
+    // glyph's centre and the step between cells, in pixels over the image size.
+    font = new Font(textures,
+                    FontAtlas{"basicOutputFont", 32, 16, 9, 38 / W, 55 / H, 43 / W, 37 / H, 62.4f / W, 57 / H});
   }
 }
 
