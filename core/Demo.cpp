@@ -164,7 +164,14 @@ int32_t Demo::openDisplay(const std::string& title_, int32_t screenWidth_, int32
   // the monitor without a mode switch. Framebuffer 0 must then be bound
   // through SDL's own entry points (see probeExtensions).
   setenv("SDL12COMPAT_OPENGL_SCALING", "1", 1);
-  if (SDL_Init(SDL_INIT_VIDEO | SDL_INIT_TIMER) < 0) {
+  // A busy X server can refuse a connection for a moment; where a display is
+  // named at all, a few more tries come before the failure is reported.
+  int initialised = SDL_Init(SDL_INIT_VIDEO | SDL_INIT_TIMER);
+  for (int retry = 0; initialised < 0 && getenv("DISPLAY") && retry < 4; ++retry) {
+    SDL_Delay(250);
+    initialised = SDL_Init(SDL_INIT_VIDEO | SDL_INIT_TIMER);
+  }
+  if (initialised < 0) {
     fprintf(stderr, "Error: Failed to initialize sdl: %s\n", SDL_GetError());
     return 1;
   }
