@@ -168,6 +168,7 @@ int32_t Demo::openDisplay(const std::string& title_, int32_t screenWidth_, int32
   // named at all, a few more tries come before the failure is reported.
   int initialised = SDL_Init(SDL_INIT_VIDEO | SDL_INIT_TIMER);
   for (int retry = 0; initialised < 0 && getenv("DISPLAY") && retry < 4; ++retry) {
+    SDL_Quit();  // a half-made start would leave the GL attributes unheard
     SDL_Delay(250);
     initialised = SDL_Init(SDL_INIT_VIDEO | SDL_INIT_TIMER);
   }

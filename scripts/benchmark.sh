@@ -21,7 +21,7 @@ per_scene_ms=$(( ${SECONDS_PER_SCENE:-2} * 1000 ))
 starts=(0 26500 44800 75000 101000 120000 135000 165000 187300 217500 232500)
 cd build/run
 run() {
-  if [ -n "${DISPLAY:-}" ]; then "$@"; else xvfb-run -a -s "-screen 0 1920x1200x24" "$@"; fi
+  if [ -n "${DISPLAY:-}" ]; then "$@"; else xvfb-run -a -s "-screen 0 1920x1200x24 -noreset" "$@"; fi
 }
 for size in "${sizes[@]}"; do
   echo "size $size"

@@ -10,5 +10,5 @@ cd build/run
 if [ -n "${DISPLAY:-}" ]; then
   exec ./ostravine "$@"
 else
-  exec xvfb-run -a -s "-screen 0 1280x1024x24" ./ostravine "$@"
+  exec xvfb-run -a -s "-screen 0 1280x1024x24 -noreset" ./ostravine "$@"
 fi

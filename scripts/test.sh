@@ -2,6 +2,8 @@
 # Installs what is needed, builds, and runs every test: first the normal
 # build, then a build with AddressSanitizer and UndefinedBehaviorSanitizer.
 # Tests that need a display run under Xvfb with Mesa's software renderer.
+# -noreset: otherwise the server resets whenever its last client leaves, and
+# a test starting at that moment finds no display.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/install-deps.sh
@@ -11,7 +13,7 @@ export SDL_AUDIODRIVER=dummy
 echo "== build"
 bash scripts/build.sh
 echo "== tests"
-(cd build && xvfb-run -a -s "-screen 0 1280x1024x24" ctest --output-on-failure -j"$jobs")
+(cd build && xvfb-run -a -s "-screen 0 1280x1024x24 -noreset" ctest --output-on-failure -j"$jobs")
 
 if [ "${SKIP_SANITIZERS:-0}" != 1 ]; then
   echo "== sanitizer build (ASan + UBSan)"
@@ -20,5 +22,5 @@ if [ "${SKIP_SANITIZERS:-0}" != 1 ]; then
   # Reference-image renders through the whole program are left to the normal
   # build: under the sanitizers they take many minutes and prove nothing new.
   (cd build-sanitize && ASAN_OPTIONS=detect_leaks=0 UBSAN_OPTIONS=print_stacktrace=1 \
-    xvfb-run -a -s "-screen 0 1280x1024x24" ctest --output-on-failure -j"$jobs" -LE slow)
+    xvfb-run -a -s "-screen 0 1280x1024x24 -noreset" ctest --output-on-failure -j"$jobs" -LE slow)
 fi

@@ -23,6 +23,7 @@ std::string failure;
 bool openWindow(int width, int height) {
   if (SDL_Init(SDL_INIT_VIDEO | SDL_INIT_TIMER) < 0) {
     failure = std::string("SDL_Init: ") + SDL_GetError();
+    SDL_Quit();  // a half-made start would make the next window without alpha
     return false;
   }
   SDL_GL_SetAttribute(SDL_GL_RED_SIZE, 8);
