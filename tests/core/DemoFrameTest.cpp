@@ -5,6 +5,7 @@
 #include <GL/glew.h>
 
 #include <cstdlib>
+#include <memory>
 #include <vector>
 
 #include "core/Demo.h"
@@ -41,6 +42,18 @@ class ColourScene : public Scene {
   int32_t lastTime = 0;
   std::vector<int32_t> steps;
 };
+
+// A 320 x 240 windowed Demo with its pool, one scene scheduled from 0 to
+// endTime as index 0, started at tick 1000 of the fixed clock.
+std::unique_ptr<WindowDemo> startedDemo(Scene* scene, int32_t endTime, bool startNow = true) {
+  std::unique_ptr<WindowDemo> d(new WindowDemo(320, 240));
+  d->init();
+  d->addScene(scene);
+  d->schedule(0, 0, endTime);
+  setFixedTicks(1000);
+  if (startNow) d->start();
+  return d;
+}
 
 std::vector<uint8_t> readWindow(int32_t w, int32_t h) {
   std::vector<uint8_t> p(size_t(w) * h * 4);
@@ -83,13 +96,9 @@ TEST(DemoDisplay, ExactPixelsKeepTheAreaAndNeedNoCopy) {
 
 TEST(DemoFrame, SceneIsLetterboxedIntoTheBand) {
   REQUIRE_DISPLAY();
-  WindowDemo d(320, 240);
-  d.init();
   ColourScene* red = new ColourScene("red", 1, 0, 0);
-  d.addScene(red);
-  d.schedule(0, 0, 100000);
-  setFixedTicks(1000);
-  d.start();
+  std::unique_ptr<WindowDemo> demo = startedDemo(red, 100000);
+  WindowDemo& d = *demo;
   setFixedTicks(1500);
   d.frame();
   EXPECT_EQ(red->calls, 1);
@@ -104,13 +113,9 @@ TEST(DemoFrame, SceneIsLetterboxedIntoTheBand) {
 
 TEST(DemoFrame, BeyondEveryEntryTheScreenIsBlack) {
   REQUIRE_DISPLAY();
-  WindowDemo d(320, 240);
-  d.init();
   ColourScene* red = new ColourScene("red", 1, 0, 0);
-  d.addScene(red);
-  d.schedule(0, 0, 1000);
-  setFixedTicks(1000);
-  d.start();
+  std::unique_ptr<WindowDemo> demo = startedDemo(red, 1000);
+  WindowDemo& d = *demo;
   setFixedTicks(1500);
   d.frame();
   setFixedTicks(3000);
@@ -122,13 +127,9 @@ TEST(DemoFrame, BeyondEveryEntryTheScreenIsBlack) {
 
 TEST(DemoFrame, PausedFrameRendersNothingButStillPresents) {
   REQUIRE_DISPLAY();
-  WindowDemo d(320, 240);
-  d.init();
   ColourScene* green = new ColourScene("green", 0, 1, 0);
-  d.addScene(green);
-  d.schedule(0, 0, 100000);
-  setFixedTicks(1000);
-  d.start();
+  std::unique_ptr<WindowDemo> demo = startedDemo(green, 100000);
+  WindowDemo& d = *demo;
   setFixedTicks(1100);
   d.frame();
   ASSERT_EQ(green->calls, 1);
@@ -146,13 +147,9 @@ TEST(DemoFrame, PausedFrameRendersNothingButStillPresents) {
 
 TEST(DemoFrame, NegativeStepReachesTheScene) {
   REQUIRE_DISPLAY();
-  WindowDemo d(320, 240);
-  d.init();
   ColourScene* s = new ColourScene("s", 1, 1, 1);
-  d.addScene(s);
-  d.schedule(0, 0, 1000000);
-  setFixedTicks(1000);
-  d.start();
+  std::unique_ptr<WindowDemo> demo = startedDemo(s, 1000000);
+  WindowDemo& d = *demo;
   setFixedTicks(2000);
   d.frame();
   d.timeOffset = -700;
@@ -167,14 +164,11 @@ TEST(DemoFrame, NegativeStepReachesTheScene) {
 
 TEST(DemoFrame, UnknownEffectTakesASlotAndDrawsNothing) {
   REQUIRE_DISPLAY();
-  WindowDemo d(320, 240);
-  d.init();
   ColourScene* s = new ColourScene("s", 1, 1, 1);
-  d.addScene(s);
-  d.schedule(0, 0, 100000);
+  std::unique_ptr<WindowDemo> demo = startedDemo(s, 100000, false);
+  WindowDemo& d = *demo;
   int32_t v = d.addEffect("sparkle", 0, -1, 0, 100000, {}, 0);
   d.schedule(v, 0, 100000);
-  setFixedTicks(1000);
   d.start();
   setFixedTicks(1500);
   d.frame();

@@ -9,12 +9,7 @@ namespace {
 using wt::ScopedFlag;
 
 void fillSquare(Mesh& mesh) {
-  const int a = mesh.addVertex(Vector3(-0.5f, -0.5f, 0), Vector3(0, 0, 0), Vector3(1, 1, 1));
-  const int b = mesh.addVertex(Vector3(0.5f, -0.5f, 0), Vector3(1, 0, 0), Vector3(1, 1, 1));
-  const int c = mesh.addVertex(Vector3(0.5f, 0.5f, 0), Vector3(1, 1, 0), Vector3(1, 1, 1));
-  const int d = mesh.addVertex(Vector3(-0.5f, 0.5f, 0), Vector3(0, 1, 0), Vector3(1, 1, 1));
-  mesh.addFace(a, b, c);
-  mesh.addFace(a, c, d);
+  wt::addSquareFaces(mesh);
   mesh.computeFaceNormals();
   mesh.computeVertexNormals(true);
   mesh.normalizeFaceNormals();

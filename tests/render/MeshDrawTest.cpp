@@ -14,12 +14,7 @@ using wt::ScopedFlag;
 
 // A square from -0.5 to 0.5 in x and y at z = 0, facing +z, in two triangles.
 void fillSquare(Mesh& mesh) {
-  const int a = mesh.addVertex(Vector3(-0.5f, -0.5f, 0), Vector3(0, 0, 0), Vector3(1, 1, 1));
-  const int b = mesh.addVertex(Vector3(0.5f, -0.5f, 0), Vector3(1, 0, 0), Vector3(1, 1, 1));
-  const int c = mesh.addVertex(Vector3(0.5f, 0.5f, 0), Vector3(1, 1, 0), Vector3(1, 1, 1));
-  const int d = mesh.addVertex(Vector3(-0.5f, 0.5f, 0), Vector3(0, 1, 0), Vector3(1, 1, 1));
-  mesh.addFace(a, b, c);
-  mesh.addFace(a, c, d);
+  wt::addSquareFaces(mesh);
   mesh.normalsDirty = true;
 }
 

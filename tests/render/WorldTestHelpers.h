@@ -211,4 +211,15 @@ inline void clearPicture() {
   glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
 }
 
+// A square from -0.5 to 0.5 in x and y at z = 0, facing +z, in two
+// triangles, with texture coordinates 0 to 1 and white vertices.
+inline void addSquareFaces(Mesh& mesh) {
+  const int a = mesh.addVertex(Vector3(-0.5f, -0.5f, 0), Vector3(0, 0, 0), Vector3(1, 1, 1));
+  const int b = mesh.addVertex(Vector3(0.5f, -0.5f, 0), Vector3(1, 0, 0), Vector3(1, 1, 1));
+  const int c = mesh.addVertex(Vector3(0.5f, 0.5f, 0), Vector3(1, 1, 0), Vector3(1, 1, 1));
+  const int d = mesh.addVertex(Vector3(-0.5f, 0.5f, 0), Vector3(0, 1, 0), Vector3(1, 1, 1));
+  mesh.addFace(a, b, c);
+  mesh.addFace(a, c, d);
+}
+
 }  // namespace wt

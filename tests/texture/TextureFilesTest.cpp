@@ -4,6 +4,7 @@
 #include <GL/glew.h>
 #include <gtest/gtest.h>
 
+#include "GLTextureFixture.h"
 #include "TestPngFiles.h"
 #include "foundation/Vector3.h"
 #include "support/GLTestContext.h"
@@ -40,20 +41,7 @@ std::vector<uint8_t> readImage(const std::string& path, int& w, int& h) {
   return pixels;
 }
 
-class TextureFilesTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    REQUIRE_GL(64, 64);
-    dir = testpng::scratchDirectory();
-    testgl::drainErrors();
-  }
-  void TearDown() override {
-    if (testgl::width() > 0) {
-      EXPECT_TRUE(testgl::drainErrors().empty()) << "GL errors left by the test";
-    }
-  }
-  std::string dir;
-};
+using TextureFilesTest = GLTextureFixture;
 
 }  // namespace
 

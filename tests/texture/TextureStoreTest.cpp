@@ -7,6 +7,7 @@
 #include <iomanip>
 #include <iostream>
 
+#include "GLTextureFixture.h"
 #include "TestPngFiles.h"
 #include "foundation/Vector3.h"
 #include "support/GLTestContext.h"
@@ -63,20 +64,7 @@ std::vector<uint8_t> solid(int w, int h, std::vector<uint8_t> rgba) {
   return out;
 }
 
-class TextureStoreTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    REQUIRE_GL(64, 64);
-    dir = testpng::scratchDirectory();
-    testgl::drainErrors();
-  }
-  void TearDown() override {
-    if (testgl::width() > 0) {
-      EXPECT_TRUE(testgl::drainErrors().empty()) << "GL errors left by the test";
-    }
-  }
-  std::string dir;
-};
+using TextureStoreTest = GLTextureFixture;
 
 }  // namespace
 
