@@ -860,20 +860,25 @@ std::vector<int16_t> render(const Score& score, double from, double to) {
   Mix mix(score.rate, first, frames);
   for (const Event& e : arrange(score)) play(mix, e);
 
-  // Ping-pong delay of three sixteenths at 120 bpm on the send bus.
-  const int64_t delay = int64_t(0.375 * score.rate);
-  std::vector<double> lineL(size_t(delay), 0.0), lineR(size_t(delay), 0.0);
-  size_t cursor = 0;
+  // Ping-pong delay on the send bus, three sixteenths of the playing
+  // section's tempo long, so that the echoes fall on its grid.
+  const size_t lineSize = size_t(3 * score.rate);  // room for the slowest tempo, 20 bpm
+  std::vector<double> lineL(lineSize, 0.0), lineR(lineSize, 0.0);
+  size_t cursor = 0, section = 0;
   const double feedback = 0.42, wet = 0.5;
   // Leaves the loudest hits (kick on bass on pad) just under the soft knee.
   const double masterGain = 0.72;
   std::vector<int16_t> out(size_t(frames) * 2);
   for (int64_t i = 0; i < frames; ++i) {
-    const double echoL = lineL[cursor], echoR = lineR[cursor];
+    const double t = double(first + i) / score.rate;
+    while (section + 1 < score.sections.size() && t >= score.sections[section + 1].start) ++section;
+    const size_t delay = size_t(45.0 / score.sections[section].bpm * score.rate);
+    const size_t read = (cursor + lineSize - delay) % lineSize;
+    const double echoL = lineL[read], echoR = lineR[read];
     lineL[cursor] = mix.sendRight[size_t(i)] + echoR * feedback;
     lineR[cursor] = mix.sendLeft[size_t(i)] + echoL * feedback;
-    cursor = (cursor + 1) % size_t(delay);
-    const double gain = masterGain * fadeGain(score, double(first + i) / score.rate);
+    cursor = (cursor + 1) % lineSize;
+    const double gain = masterGain * fadeGain(score, t);
     const double l = softClip((mix.left[size_t(i)] + echoL * wet) * gain);
     const double r = softClip((mix.right[size_t(i)] + echoR * wet) * gain);
     out[size_t(i) * 2] = int16_t(std::lround(l * 32000.0));
