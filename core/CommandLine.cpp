@@ -39,6 +39,15 @@ std::string joinArguments(int argc, char** argv) {
   return line;
 }
 
+// The production's words, as parseProductionLine searches for them.
+static const char* const productionWords[] = {"-nomusic", "-music", "-fullscreen", "-res:"};
+
+bool containsProductionWord(const std::string& text) {
+  for (const char* word : productionWords)
+    if (text.find(word) != std::string::npos) return true;
+  return false;
+}
+
 ProductionOptions parseProductionLine(const std::string& line) {
   ProductionOptions o;
   if (line.find("-nomusic") != std::string::npos) o.audioEnabled = false;
@@ -120,7 +129,9 @@ PlayerOptions parsePlayerOptions(int argc, char** argv) {
         }
         if (o.shots.empty()) fail("--shots: no positions given");
       }
-    } else {
+    } else if (!containsProductionWord(a)) {
+      // "--nomusic" or "--res:320" is no option of the player's, but the
+      // production's search over the whole line acts on the word inside it.
       fail("unknown option " + a + " (try --help)");
     }
   }
@@ -136,7 +147,8 @@ std::string playerHelpText() {
       "Plays the production from the current directory, which must hold images/,\n"
       "models/, music/ and (optionally) ostravine.scr.\n"
       "\n"
-      "Production words (found anywhere in the line, even inside other words):\n"
+      "Production words (found anywhere in the line, even inside other words,\n"
+      "so --nomusic and --res:320 act as -nomusic and -res:320):\n"
       "  -nomusic          play without music, on the wall clock\n"
       "  -music            play with music (wins over -nomusic)\n"
       "  -fullscreen       full screen (the default; always on unless --windowed)\n"

@@ -10,6 +10,9 @@
 // The player's own options start with "--" and are read as separate
 // arguments: they add a windowed mode, a pixel size, a fixed clock, a range
 // of the timeline and frame capture, for tests and for rendering to video.
+// An argument that is exactly one of them is the player's; any other "--"
+// argument holding a production word ("--nomusic", "--res:320") is left to
+// the production's search; the rest are refused as unknown options.
 #pragma once
 #include <cstdint>
 #include <string>
@@ -30,6 +33,9 @@ void resolutionOfCode(int32_t code, int32_t& width, int32_t& height);
 std::string joinArguments(int argc, char** argv);
 
 ProductionOptions parseProductionLine(const std::string& line);
+
+// Whether a production word stands anywhere in the text.
+bool containsProductionWord(const std::string& text);
 
 struct PlayerOptions {
   bool help = false;

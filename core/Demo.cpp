@@ -12,7 +12,7 @@
 
 #include "core/MusicStream.h"
 #include "core/SecondContext.h"
-#include "editor/Font.h"
+#include "render/Font.h"
 #include "foundation/Camera.h"
 #include "foundation/Capabilities.h"
 #include "render/RenderTarget.h"
@@ -176,6 +176,8 @@ int32_t Demo::openDisplay(const std::string& title_, int32_t screenWidth_, int32
     fprintf(stderr, "Error: Failed to initialize sdl: %s\n", SDL_GetError());
     return 1;
   }
+  // Every Timer reads SDL's ticks from here on (unless the fixed clock is on).
+  setTickSource(SDL_GetTicks);
   SDL_GL_SetAttribute(SDL_GL_RED_SIZE, 8);
   SDL_GL_SetAttribute(SDL_GL_GREEN_SIZE, 8);
   SDL_GL_SetAttribute(SDL_GL_BLUE_SIZE, 8);

@@ -2,6 +2,8 @@
 // one OstravineDemo, shows the loading frame, lets the production load, and
 // runs the frame loop for the length of the music. The normal end is exit(0)
 // from inside the loop; the Demo on the stack is not destroyed on that path.
+// The entry is the one place below the editor that calls it, and only when
+// built with it (OSTRAVINE_EDITOR).
 #include "core/Entry.h"
 
 #include <GL/glew.h>
@@ -19,12 +21,14 @@
 #include "core/LoadingScene.h"
 #include "core/OstravineDemo.h"
 #include "core/PlaybackControl.h"
-#include "editor/EditorScreens.h"
 #include "flow/FlowCharts.h"
 #include "foundation/Capabilities.h"
 #include "foundation/InputState.h"
 #include "foundation/Timer.h"
 #include "texture/TextureStore.h"
+#ifdef OSTRAVINE_EDITOR
+#include "editor/EditorScreens.h"
+#endif
 
 namespace {
 
@@ -116,8 +120,10 @@ int ostravineMain(int argc, char** argv) {
   wallTimer.start();
   int32_t lastWallMs = wallTimer.elapsed();
 
-  // Start-up 8 to 10.
+  // Start-up 8 to 10. A player built without the editor has no windows to build.
+#ifdef OSTRAVINE_EDITOR
   buildEditorWindows();
+#endif
   theInput = new InputState();
   loadScript("ostravine.scr");
 

@@ -9,7 +9,7 @@
 
 #include "core/Demo.h"
 #include "core/SecondContext.h"
-#include "editor/Font.h"
+#include "render/Font.h"
 #include "foundation/Vector3.h"
 #include "texture/TextureStore.h"
 

@@ -1,13 +1,26 @@
 #include "foundation/Timer.h"
 
-#include <SDL/SDL.h>
+#include <chrono>
 
 namespace {
 bool fixedOn = false;
 uint32_t fixedValue = 0;
+TickSource installedSource = nullptr;
+
+// Milliseconds since the process started: the stand-in before a source is installed.
+const std::chrono::steady_clock::time_point processStart = std::chrono::steady_clock::now();
+uint32_t steadyTicks() {
+  const auto since = std::chrono::steady_clock::now() - processStart;
+  return uint32_t(std::chrono::duration_cast<std::chrono::milliseconds>(since).count());
+}
 }  // namespace
 
-uint32_t currentTicks() { return fixedOn ? fixedValue : SDL_GetTicks(); }
+uint32_t currentTicks() {
+  if (fixedOn) return fixedValue;
+  return installedSource ? installedSource() : steadyTicks();
+}
+
+void setTickSource(TickSource source) { installedSource = source; }
 
 void setFixedTicks(uint32_t ticks) {
   fixedOn = true;

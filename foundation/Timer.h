@@ -1,15 +1,21 @@
 // Timer: a millisecond stopwatch over the process tick source.
 //
-// Ticks are unsigned 32-bit milliseconds. Normally they come from
-// SDL_GetTicks; when the fixed clock is on (see setFixedTicks), every timer
-// reads the fixed tick counter instead, which the frame loop advances by an
-// exact amount each frame, so a whole run becomes a pure function of the
-// frame count.
+// Ticks are unsigned 32-bit milliseconds. Normally they come from the
+// installed tick source (the display start-up installs SDL_GetTicks; this
+// layer knows no SDL); when the fixed clock is on (see setFixedTicks), every
+// timer reads the fixed tick counter instead, which the frame loop advances
+// by an exact amount each frame, so a whole run becomes a pure function of
+// the frame count.
 #pragma once
 #include <cstdint>
 
-// The process tick source: SDL_GetTicks, or the fixed counter when it is on.
+// The process tick source: the fixed counter when it is on, else the
+// installed source, else a steady clock counting from process start.
 uint32_t currentTicks();
+
+// Installs the source of real-time ticks (null: back to the steady clock).
+using TickSource = uint32_t (*)();
+void setTickSource(TickSource source);
 
 // Switches the process to fixed ticks starting at startTicks (must not be 0:
 // 0 is a timer's "not started" mark). Later readings give the value set last.

@@ -1,7 +1,5 @@
 // Mesh and Material: slots, free lists, normals, editing and the flattening
-// into arrays. Drawing is in the render layer.
-#include <GL/glew.h>
-
+// into arrays. Drawing and the copies on the card are in the render layer.
 #include "geometry/Mesh.h"
 
 #include <algorithm>
@@ -466,7 +464,7 @@ void Mesh::freeFaceArrays() {
   faceNormalArray = nullptr;
 }
 
-void Mesh::updateArrays() {
+bool Mesh::flattenArrays() {
   // 1. Grow (never shrink). New arrays start zeroed; old contents are lost.
   if (vertexSlotCount > vertexCapacity) {
     freeVertexArrays();
@@ -566,59 +564,11 @@ void Mesh::updateArrays() {
   if (!indicesDirty && !anyArrayDirty) {
     anyArrayDirty = coloursDirty = coloursDirtyToo = false;
     texCoordsDirty = positionsDirty = indicesDirty = false;
-    return;
+    return false;
   }
 
-  // 6. Buffers, created and filled once. A mesh with neither setupState nor
-  // restoreState draws through the first mesh of its batch and gets none.
-  if (useVertexBuffers && !useDisplayLists && !buffersCreated && (setupState || restoreState)) {
-    const GLsizeiptr vertex3 = GLsizeiptr(vertexCapacity) * 3 * sizeof(float);
-    const GLsizeiptr vertex4 = GLsizeiptr(vertexCapacity) * 4 * sizeof(float);
-    GLuint names[9];
-    glGenBuffersARB(9, names);
-    indexBuffer = names[0];
-    vertexBuffer = names[1];
-    normalBuffer = names[2];
-    texCoordBuffer0 = names[3];
-    colourBufferA0 = names[4];
-    colourBufferB0 = names[5];
-    texCoordBuffer1 = names[6];
-    colourBufferA1 = names[7];
-    colourBufferB1 = names[8];
-    glBindBufferARB(GL_ELEMENT_ARRAY_BUFFER_ARB, indexBuffer);
-    glBufferDataARB(GL_ELEMENT_ARRAY_BUFFER_ARB, GLsizeiptr(drawnFaceCount) * 3 * 2, indexArray,
-                    GL_STATIC_DRAW_ARB);
-    const struct {
-      GLuint name;
-      GLsizeiptr size;
-      const float *data;
-    } uploads[] = {
-        {vertexBuffer, vertex3, vertexArray},        {normalBuffer, vertex3, normalArray},
-        {texCoordBuffer0, vertex3, texCoordArray[0]}, {colourBufferA0, vertex4, colourArrayA[0]},
-        {colourBufferB0, vertex4, colourArrayB[0]},   {texCoordBuffer1, vertex3, texCoordArray[1]},
-        {colourBufferA1, vertex4, colourArrayA[1]},   {colourBufferB1, vertex4, colourArrayB[1]},
-    };
-    for (const auto &u : uploads) {
-      glBindBufferARB(GL_ARRAY_BUFFER_ARB, u.name);
-      glBufferDataARB(GL_ARRAY_BUFFER_ARB, u.size, u.data, GL_STATIC_DRAW_ARB);
-    }
-    glBindBufferARB(GL_ARRAY_BUFFER_ARB, 0);
-    glBindBufferARB(GL_ELEMENT_ARRAY_BUFFER_ARB, 0);
-    buffersCreated = true;
-  }
-
-  // 7. Display lists: five new names (old ones are not deleted), compiled on
-  // first draw.
-  if (useDisplayLists) {
-    colourBList = glGenLists(1);
-    colourAList = glGenLists(1);
-    depthList = glGenLists(1);
-    spareList1 = glGenLists(1);
-    spareList2 = glGenLists(1);
-    colourBListBuilt = colourAListBuilt = depthListBuilt = spareBuilt1 = spareBuilt2 = false;
-  }
-
-  // 8.
+  // 8. (Steps 6 and 7, the card's copies, follow in Mesh::updateArrays.)
   anyArrayDirty = coloursDirty = coloursDirtyToo = false;
   texCoordsDirty = positionsDirty = indicesDirty = false;
+  return true;
 }

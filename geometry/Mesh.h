@@ -134,8 +134,13 @@ public:
   bool pick(const Vector3 &from, const Vector3 &to, float *t, int *face, float maxDistanceSquared);
 
   // --- arrays ---------------------------------------------------------------
-  // Flattens the records into the arrays (and, with buffers on, uploads them
-  // once). Called by World render for each visible mesh when preparing.
+  // Flattens the records into the arrays and clears the dirty flags. Gives
+  // true when anything was rewritten: the card's copies are then due.
+  bool flattenArrays();
+  // flattenArrays, then the card's copies: with buffers on, the one upload of
+  // the buffers; with display lists, new list names. Called by World render
+  // for each visible mesh when preparing. Lives in the render layer (mesh
+  // buffers), which owns the GL side.
   void updateArrays();
 
   // Draws one pass; lives in the render layer (mesh drawing).

@@ -15,6 +15,16 @@ bash scripts/build.sh
 echo "== tests"
 (cd build && xvfb-run -a -s "-screen 0 1280x1024x24 -noreset" ctest --output-on-failure -j"$jobs")
 
+echo "== player without the editor"
+# Built with OSTRAVINE_EDITOR=OFF, the player leaves editor/ out and still
+# plays the whole production: here one frame a second of fixed clock, small,
+# on the normal build's assets, to the end of the music.
+cmake -S . -B build-player -DCMAKE_BUILD_TYPE=RelWithDebInfo -DOSTRAVINE_EDITOR=OFF -DOSTRAVINE_TESTS=OFF \
+  -DOSTRAVINE_ASSETS=OFF >/dev/null
+cmake --build build-player -j"$jobs" --target ostravine
+(cd build/run && xvfb-run -a -s "-screen 0 1280x1024x24 -noreset" ../../build-player/run/ostravine \
+  -nomusic --windowed --size 64x48 --fixed-fps 1 --trace | tail -n 1 | grep -E '^trace: position 26[3-9][0-9]{3} ')
+
 if [ "${SKIP_SANITIZERS:-0}" != 1 ]; then
   echo "== sanitizer build (ASan + UBSan)"
   BUILD_DIR=build-sanitize BUILD_TYPE=Debug bash scripts/build.sh -DOSTRAVINE_SANITIZE=ON

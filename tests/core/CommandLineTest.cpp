@@ -115,6 +115,31 @@ TEST(PlayerOptions, ProductionWordsAreLeftAlone) {
   EXPECT_FALSE(o.windowed);
 }
 
+// A "--" argument that is not the player's but holds a production word is
+// the production's: the line search acts on the word inside it.
+TEST(PlayerOptions, DoubleDashedProductionWordsAreLeftToTheProduction) {
+  for (const char* word : {"--nomusic", "--music", "--fullscreen", "--res:320", "--res:", "--musicbox"}) {
+    PlayerOptions o = player({word});
+    EXPECT_TRUE(o.error.empty()) << word << ": " << o.error;
+  }
+  EXPECT_FALSE(parse("--nomusic").audioEnabled);
+  EXPECT_EQ(parse("--res:320").width, 320);
+  EXPECT_TRUE(parse("--nomusic --music").audioEnabled);
+  // Words close to a production word are still refused.
+  EXPECT_NE(player({"--nomusik"}).error, "");
+  EXPECT_NE(player({"--res"}).error, "");
+  EXPECT_NE(player({"--window"}).error, "");
+}
+
+TEST(PlayerOptions, ContainsProductionWord) {
+  EXPECT_TRUE(containsProductionWord("abc-nomusicxyz"));
+  EXPECT_TRUE(containsProductionWord("--fullscreen"));
+  EXPECT_TRUE(containsProductionWord("-res:"));
+  EXPECT_FALSE(containsProductionWord("--windowed"));
+  EXPECT_FALSE(containsProductionWord("music"));
+  EXPECT_FALSE(containsProductionWord("-res"));
+}
+
 TEST(PlayerOptions, BadValuesGiveMessages) {
   EXPECT_NE(player({"--size", "12"}).error, "");
   EXPECT_NE(player({"--size", "0x0"}).error, "");

@@ -568,7 +568,7 @@ TEST(MeshHelpersTest, CopyVerticesOnlyBetweenEqualSlotCounts) {
 TEST(MeshHelpersTest, SphericalTexCoordsMapsAndFlags) {
   Mesh m;
   buildCube(m, false);
-  m.updateArrays();
+  m.flattenArrays();
   sphericalTexCoords(m);
   EXPECT_TRUE(m.texCoordsDirty);
   EXPECT_TRUE(m.anyArrayDirty);

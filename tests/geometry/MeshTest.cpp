@@ -457,7 +457,7 @@ TEST_F(MeshArraysTest, UpdateArraysFlattensPositionsNormalsAndIndices) {
   Mesh m;
   addSquare(m);
   m.vertices[2]->normal = Vector3(0, 0, 1);
-  m.updateArrays();
+  m.flattenArrays();
   EXPECT_EQ(4u, m.vertexCapacity);
   EXPECT_EQ(2u, m.faceCapacity);
   EXPECT_EQ(2u, m.drawnFaceCount);
@@ -482,7 +482,7 @@ TEST_F(MeshArraysTest, UpdateArraysColourFormulas) {
   m.vertices[1]->alpha = 0.5f;
   m.materials[2].diffuse = Color4(0.5f, 0.5f, 1.0f, 0.8f);
   m.materials[2].ambient = Color4(0.1f, 0.2f, 0.3f, 0.1f);
-  m.updateArrays();
+  m.flattenArrays();
   const float *a = &m.colourArrayA[2][4];
   const float *b = &m.colourArrayB[2][4];
   // A = diffuse * colour + ambient; alpha diffuse.a * va + ambient.a
@@ -505,7 +505,7 @@ TEST_F(MeshArraysTest, UpdateArraysTexCoordsUseStageZerosScaleAndOffset) {
   m.materials[1].stageOffsetU[0] = 0.1f;
   m.materials[1].stageOffsetV[0] = 0.2f;
   m.materials[1].stageScaleU[1] = 100.0f;  // other stages do not reach the array
-  m.updateArrays();
+  m.flattenArrays();
   EXPECT_FLOAT_EQ(0.5f * 2.0f + 0.1f, m.texCoordArray[1][0]);
   EXPECT_FLOAT_EQ(0.25f * 4.0f + 0.2f, m.texCoordArray[1][1]);
   EXPECT_EQ(0.0f, m.texCoordArray[1][2]);
@@ -519,54 +519,54 @@ TEST_F(MeshArraysTest, KeepInvisibleFacesFalseSkipsOnlyFullyTransparentFaces) {
   // Face 0 (0 1 2): one visible corner (0); face 1 (0 2 3): 0 is visible too.
   m.vertices[1]->alpha = 0.0f;
   m.vertices[2]->alpha = 0.0f;
-  m.updateArrays();
+  m.flattenArrays();
   EXPECT_EQ(2u, m.drawnFaceCount);  // a triangle with one visible corner is kept
   m.vertices[0]->alpha = 0.0f;
   m.vertices[3]->alpha = 0.0f;
   m.coloursDirty = true;  // the first colour flag alone rewrites the indices
-  m.updateArrays();
+  m.flattenArrays();
   EXPECT_EQ(0u, m.drawnFaceCount);
   m.vertices[3]->alpha = 1.0f;
   m.coloursDirtyToo = true;  // the second colour flag does not
-  m.updateArrays();
+  m.flattenArrays();
   EXPECT_EQ(0u, m.drawnFaceCount);
 }
 
 TEST_F(MeshArraysTest, UpdateArraysRewritesNothingUnlessFlagged) {
   Mesh m;
   addSquare(m);
-  m.updateArrays();
+  m.flattenArrays();
   m.vertices[0]->position = Vector3(7, 7, 7);
   m.anyArrayDirty = true;  // recomputed from the four flags, so this alone does nothing
-  m.updateArrays();
+  m.flattenArrays();
   EXPECT_EQ(0.0f, m.vertexArray[0]);
   m.positionsDirty = true;
-  m.updateArrays();
+  m.flattenArrays();
   EXPECT_EQ(7.0f, m.vertexArray[0]);
 }
 
 TEST_F(MeshArraysTest, ArraysGrowAtExactlyTheSlotCountAndNeverShrink) {
   Mesh m;
   addSquare(m);
-  m.updateArrays();
+  m.flattenArrays();
   const float *before = m.vertexArray;
   m.addVertex(Vector3(5, 5, 5), noTex, white);
   m.addFace(0, 1, 4);
-  m.updateArrays();  // grown: contents lost, and only refilled when flagged
+  m.flattenArrays();  // grown: contents lost, and only refilled when flagged
   EXPECT_NE(before, m.vertexArray);
   EXPECT_EQ(5u, m.vertexCapacity);
   EXPECT_EQ(3u, m.faceCapacity);
   EXPECT_EQ(0.0f, m.vertexArray[4 * 3]);
   EXPECT_EQ(3u, m.drawnFaceCount);
   while (m.faceCount > 0) m.removeOldestFace();
-  m.updateArrays();
+  m.flattenArrays();
   EXPECT_EQ(5u, m.vertexCapacity);
   EXPECT_EQ(3u, m.faceCapacity);
   // Removal does not flag the indices: the old triangles stay listed until
   // something sets indicesDirty (builders always add faces after removing).
   EXPECT_EQ(3u, m.drawnFaceCount);
   m.indicesDirty = true;
-  m.updateArrays();
+  m.flattenArrays();
   EXPECT_EQ(0u, m.drawnFaceCount);
 }
 
@@ -574,7 +574,7 @@ TEST_F(MeshArraysTest, IndicesAreTruncatedToSixteenBits) {
   Mesh m;
   for (int i = 0; i < 65537; ++i) m.addVertex(Vector3(float(i), 0, 0), noTex, white);
   m.addFace(65536, 1, 0);
-  m.updateArrays();
+  m.flattenArrays();
   EXPECT_EQ(0, m.indexArray[0]);  // 65536 wraps silently
   EXPECT_EQ(1, m.indexArray[1]);
 }

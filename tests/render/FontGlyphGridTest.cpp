@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "editor/Font.h"
+#include "render/Font.h"
 #include "support/GLTestContext.h"
 #include "support/ImageCompare.h"
 #include "texture/TextureStore.h"

@@ -1,7 +1,7 @@
 // Font: immediate-mode text, one quad and one matrix push per character.
 #include <GL/glew.h>
 
-#include "editor/Font.h"
+#include "render/Font.h"
 
 #include <cassert>
 #include <vector>

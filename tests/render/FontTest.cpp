@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "editor/Font.h"
+#include "render/Font.h"
 #include "foundation/Capabilities.h"
 #include "support/GLTestContext.h"
 #include "texture/TextureStore.h"
