@@ -1,15 +1,14 @@
 #include "scenes/ProductionScenes.h"
 
-#include "core/Globals.h"
 #include "scenes/SceneBordersMeetus.h"
 #include "scenes/ScenePerforme.h"
 
-Scene* makeProductionScene(int32_t index, const char* name) {
+Scene* makeProductionScene(Demo* demo, int32_t index, const char* name) {
   switch (index) {
     case 0:
-      return new ScenePerforme(theDemo, name);
+      return new ScenePerforme(demo, name);
     case 7:
-      return new SceneBordersMeetus(theDemo, name);
+      return new SceneBordersMeetus(demo, name);
     default:
       return new PendingScene(name);
   }

@@ -10,6 +10,7 @@
 #include "geometry/Mesh.h"
 #include "render/Billboard.h"
 #include "render/Light.h"
+#include "render/Overlay.h"
 #include "scenes/SceneBordersMeetus.h"
 
 namespace {
@@ -315,7 +316,7 @@ TEST(SceneBordersMeetus, FlashAboveOneIsClampedByGL) {
     glClearColor(0, 0, 0, 1);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     c->apply();
-    SceneBordersMeetus::drawFlash(flash);
+    drawFlash(1.0f, 1.0f, 1.0f, flash, 0.5f);  // the beat flash of the scene's overlay
     c->release();
     return testgl::readPixels(scenetest::width / 2, scenetest::height / 2, 1, 1);
   };
