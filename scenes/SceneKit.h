@@ -5,46 +5,73 @@
 //
 // ---- Usage: a scene in outline ----------------------------------------------
 //
+//   // SceneExample.h
 //   class SceneExample : public SceneSkeleton {
 //    public:
-//     SceneExample(Demo* demo, const std::string& name) : SceneSkeleton(demo, name) {
-//       glowPasses = 6;
-//       setUpCamera("SceneExample.camera0", 75, Vector3(0, 0, -10), Vector3(0, 0, 0));
-//       Material P, G;                                       // picture (slot 0), glow (slot 1)
-//       material(P).stages(2).stage(0, stageModulate, "planartexture")
-//                  .cubeMap(1, stageAdd, "cubemap.bill").ambient(Vector3(0.4f, 0.4f, 1.82f) * 0.75f, 0.0f);
-//       material(G).stages(2).stage(0, stageModulate, "solidnoisebump")
-//                  .cubeMap(1, stageAdd, "cubemap.bill");
-//       addBackdrop("./models/cube.a3d", P, G, Vector3(7.5f, 7.5f, 1) * 5.0f, Vector3(0, 0, 10));
-//       noiseX = makeNoiseField(6, 100);                     // owned by the skeleton
-//       addBoxRing(P, G);                                    // 100 boxes, 5 draws each
-//       crtSrand(234);
-//       addModelBatch("./models/cube.a3d", 450, P, G, [&](int32_t i, int32_t index, Mesh* cube) {
-//         const int r1 = crtRand();                          // drawn even when the model is missing
-//         if (cube) cube->position = ...;
-//       });
-//       crtSrand(232);
-//       addFlares(FlareSpec{2, "bill_d2ch", Vector3(8, 4, 5), 0.9f, FlareSpec::fixedColour, ...});
-//       crtSrand(23233);
-//       DustSpec dust; dust.count = 300; dust.spread = Vector3(9, 9, 10);
-//       firstDust = addDust(dust);
-//       lightObject = addStandardLight();
-//       addUsualGlowGroup();
-//     }
-//     void animate(float S, float demoSeconds, int32_t stepMs) override {
-//       const Vector3 light = orbitLight(lightObject, S * 0.5f);
-//       flaresFollow(0, 2, demoSeconds, light);
-//       driftDust(2, 300, noiseX, noiseY, noiseZ, S, stepMs, DustDrift{0.1f, 0.25f});
-//       const float e = easeInAt(S, 12, 6);                  // envelopes as one expression
-//     }
-//     void drawOverlay(float S, float, int32_t) override {
-//       const float flash = std::pow(beatSum(S, beats, 23, 0.75f), 4.0f);
-//       if (flash != 0.0f) drawFlash(1, 1, 1, flash, 0.5f);  // render/Overlay.h
-//     }
+//     SceneExample(Demo* demo, const std::string& name);   // built for this Demo, never the global
+//     void animate(float sceneSeconds, float demoSeconds, int32_t stepMs) override;
+//     void drawOverlay(float sceneSeconds, float demoSeconds, int32_t stepMs) override;  // optional
+//     int32_t lightObject = -1;
+//     NoiseField *noiseX = nullptr, *noiseY = nullptr, *noiseZ = nullptr;  // the skeleton owns them
 //   };
 //
-// Tests state only what is their own with tests/scenes/SceneExpectations.h
-// (ring, dust, flares, materials, the generator state after construction).
+//   // SceneExample.cpp: the constructor reads as the design's build order.
+//   SceneExample::SceneExample(Demo* demo, const std::string& name) : SceneSkeleton(demo, name) {
+//     glowPasses = 6;
+//     setUpCamera("SceneExample.camera0", 75.0f, Vector3(0, 0, -10), Vector3(0, 0, 0));
+//     Material P, G;                                   // picture (slot 0), glow (slot 1)
+//     material(P).stages(2).stage(0, stageModulate, "planartexture").cubeMap(1, stageAdd, "cubemap.bill")
+//                .ambient(Vector3(0.4f, 0.4f, 1.82f) * 0.75f, 0.0f);   // (rgb, alpha) or (rgb): alpha kept
+//     material(G).stages(2).stage(0, stageModulate, "solidnoisebump").cubeMap(1, stageAdd, "cubemap.bill");
+//     addBackdrop("./models/cube.a3d", P, G, Vector3(7.5f, 7.5f, 1) * 5.0f, Vector3(0, 0, 10));
+//     noiseX = makeNoiseField(6, 100);                 // seeding draws: make them where the design says
+//     noiseY = makeNoiseField(6, 101);
+//     noiseZ = makeNoiseField(6, 102);
+//     addBoxRing(P, G);                                // RingShape for other rings
+//     crtSrand(234);
+//     addModelBatch("./models/cube.a3d", 450, P, G, [this](int32_t n, int32_t index, Mesh* cube) {
+//       const int r1 = crtRand();                      // draw first: the callback runs for a missing model too
+//       if (!cube) return;
+//       cube->rotation = ...;
+//     });
+//     for (int32_t i = 0; i < 450; ++i) { crtSrand(342435); ...; drawStageOffsets(P, G, i); applyLooks(101 + i, P, G); }
+//     crtSrand(232);
+//     FlareSpec glares;                                // defaults: 2 x "billbig" (8, 4, 5), alpha 0.9
+//     glares.texture = "bill_d2ch";
+//     addFlares(glares);                               // billboards 0, 1
+//     crtSrand(23233);
+//     DustSpec dust;                                   // defaults: 300 black motes, spread (9, 9, 10)
+//     addDust(dust);                                   // billboards 2 .. 301
+//     lightObject = addStandardLight();
+//     addUsualGlowGroup();                             // the last step
+//   }
+//
+//   void SceneExample::animate(float S, float demoSeconds, int32_t stepMs) {
+//     const float T = demoSeconds + 80.0f;
+//     const Vector3 light = orbitLight(lightObject, S * -0.12f + 4.712389f);
+//     const float e1 = easeInAt(S, 12.0f, 6.0f);       // envelopes as one expression (foundation/Envelope.h)
+//     flaresFollow(0, 2, T, light);                    // FlareOrbit for wider swarms
+//     DustDrift drift;
+//     drift.sampleScale = 0.033f;
+//     drift.zScale = 0.125f;
+//     driftDust(2, 300, noiseX, noiseY, noiseZ, S, stepMs, drift);
+//   }
+//
+//   void SceneExample::drawOverlay(float S, float, int32_t) {
+//     const float f = beatSum(S, beats, 23, 0.75f);
+//     if (f != 0.0f) drawFlash(1, 1, 1, f * f * f * f, 0.5f);   // render/Overlay.h
+//     // Titles: { OverlayScope o(options); bindTitleTexture(texture("ks"), GL_ADD); texturedQuad(1.05f); }
+//   }
+//
+// Where the pieces live: scenes/SceneSkeleton.h (the helpers), render/MaterialBuilder.h,
+// render/Overlay.h, foundation/Envelope.h (easeInAt, easeOutAt, easeWindowAt, beatSum),
+// geometry/Mesh.h (StageMode, MeshPass, MaterialSlot). A scene with its own frame calls
+// renderGlowSource, renderGlowBlur, renderFinalPicture and drawGlow itself.
+//
+// Tests state only what is their own with tests/scenes/SceneExpectations.h:
+// buildOnce, expectConstructionEndsAt, expectRing, expectFlares, expectDust,
+// expectDustDrifted, expectStage, expectColour, expectBatch, expectStandardLight,
+// expectLightOnOrbit, expectFlaresAtLight.
 #pragma once
 #include <cstdint>
 

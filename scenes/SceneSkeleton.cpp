@@ -349,6 +349,8 @@ void SceneSkeleton::driftDust(uint32_t first, uint32_t count, NoiseField* x, Noi
 // ===========================================================================
 void SceneSkeleton::drawOverlay(float, float, int32_t) {}
 
+void SceneSkeleton::drawIntoGlowSource(float, float) {}
+
 void SceneSkeleton::render(int32_t timeMs, int32_t stepMs) {
   sceneTimeMs += stepMs;
   const float sceneSeconds = static_cast<float>(sceneTimeMs) / 1000.0f;
@@ -356,7 +358,7 @@ void SceneSkeleton::render(int32_t timeMs, int32_t stepMs) {
 
   animate(sceneSeconds, demoSeconds, stepMs);
 
-  renderGlowSource();
+  renderGlowSource(sceneSeconds, demoSeconds);
   renderGlowBlur();
   camera->release();
   demo->renderTargets->lowResolution = 0;
@@ -371,14 +373,15 @@ void SceneSkeleton::render(int32_t timeMs, int32_t stepMs) {
 
 // The picture of material slot 1 at half size, into slot + 1. Leaves the
 // low camera applied.
-void SceneSkeleton::renderGlowSource() {
+void SceneSkeleton::renderGlowSource(float sceneSeconds, float demoSeconds) {
   RenderTarget* targets = demo->renderTargets;
   targets->lowResolution = 1;
   camera->applyLow();
   targets->beginTarget(targets->firstFreeSlot + 1, true, false);
   glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
   glEnable(GL_DEPTH_TEST);
-  world.render(camera, 0, true, 1, false, targets, true, true, true, true);
+  world.render(camera, 0, true, 1, false, targets, true, true, true, glowSourceWritesColour);
+  drawIntoGlowSource(sceneSeconds, demoSeconds);
   targets->lowResolution = 1;  // the direct path may leave it otherwise
   targets->endTarget();
   if (!useFramebufferObjects) targets->copyToSlot(targets->firstFreeSlot + 1);
@@ -390,7 +393,7 @@ void SceneSkeleton::renderGlowBlur() {
   targets->beginTarget(targets->firstFreeSlot, false, false);
   glClear(GL_COLOR_BUFFER_BIT);
   glDisable(GL_DEPTH_TEST);
-  targets->glowPass(targets->firstFreeSlot + 1, glowBlurAmount, glowPasses, 0.1f, 0.1f, glowBlurAlpha, 0.0f, 0.0f,
+  targets->glowPass(targets->firstFreeSlot + 1, glowBlurAmount - glowAmountDrop, glowPasses, 0.1f, 0.1f, glowBlurAlpha, 0.0f, 0.0f,
                     0.0f, glowFadeOut, 0, true, glowBlurZoom, glowBlurZoomPowBase, glowBlurZoomPow);
   targets->endTarget();
   if (!useFramebufferObjects) targets->copyToSlot(targets->firstFreeSlot);

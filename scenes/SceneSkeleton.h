@@ -49,7 +49,9 @@ class SceneSkeleton : public Scene {
   // The common frame, in this order:
   //  1. sceneTimeMs += stepMs; animate(sceneTimeMs/1000, timeMs/1000, stepMs)
   //  2. renderGlowSource(): slot+1 at half size, material slot 1, direct path
-  //  3. renderGlowBlur(): glowPass from slot+1 into slot, glowPasses rounds
+  //     (base colour by glowSourceWritesColour), then drawIntoGlowSource()
+  //  3. renderGlowBlur(): glowPass from slot+1 into slot, glowPasses rounds,
+  //     amount glowBlurAmount - glowAmountDrop
   //  4. renderFinalPicture(): material slot 0, soft shadows with low masks
   //  5. drawGlow(): slot over the picture, mode 3 (glowBlurMode 0) or 2
   //  6. drawOverlay(), then the camera is released and lowResolution is 0.
@@ -62,8 +64,12 @@ class SceneSkeleton : public Scene {
   // lowResolution 1. Nothing by default.
   virtual void drawOverlay(float sceneSeconds, float demoSeconds, int32_t stepMs);
 
+  // Drawn into the glow source after the World, still in its target with the
+  // low camera applied (text that shows only as glow). Nothing by default.
+  virtual void drawIntoGlowSource(float sceneSeconds, float demoSeconds);
+
   // The passes of render(), for scenes whose frame differs.
-  void renderGlowSource();
+  void renderGlowSource(float sceneSeconds, float demoSeconds);
   void renderGlowBlur();
   void renderFinalPicture();
   void drawGlow();
@@ -178,6 +184,11 @@ class SceneSkeleton : public Scene {
   SpareTransform* spareTransform;   // owned, never read
 
   int32_t glowPasses;               // glowPass rounds of this scene
+  // Scene-set per frame where the design says so: the glow source's base
+  // pass writes colour (World::render's last argument), and the glowPass
+  // amount is glowBlurAmount - glowAmountDrop (the glow tightens on a beat).
+  bool glowSourceWritesColour = true;
+  float glowAmountDrop = 0.0f;
 
   // The glow group, registered at the end of each scene's constructor.
   float glowFadeOut;
