@@ -1,6 +1,9 @@
 #include "scenes/ProductionScenes.h"
 
 #include "scenes/SceneBordersMeetus.h"
+#include "scenes/SceneBordersRollin.h"
+#include "scenes/SceneBordersRollout.h"
+#include "scenes/SceneBordersRollus.h"
 #include "scenes/ScenePerforme.h"
 
 Scene* makeProductionScene(Demo* demo, int32_t index, const char* name) {
@@ -9,6 +12,12 @@ Scene* makeProductionScene(Demo* demo, int32_t index, const char* name) {
       return new ScenePerforme(demo, name);
     case 7:
       return new SceneBordersMeetus(demo, name);
+    case 8:
+      return new SceneBordersRollin(demo, name);
+    case 9:
+      return new SceneBordersRollout(demo, name);
+    case 10:
+      return new SceneBordersRollus(demo, name);
     default:
       return new PendingScene(name);
   }
