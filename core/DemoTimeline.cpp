@@ -70,8 +70,8 @@ int32_t Demo::schedule(int32_t index, int32_t startTime, int32_t endTime_) {
   return 0;
 }
 
-int32_t Demo::addEffect(const std::string& kind, int32_t sourceA, int32_t sourceB, int32_t startTime,
-                        int32_t endTime_, const std::vector<float>& settings, int32_t reserved) {
+int32_t Demo::addEffect(const std::string& kind, int32_t sourceA, int32_t sourceB, int32_t startTime, int32_t endTime_,
+                        const std::vector<float>& settings, int32_t reserved) {
   int32_t virtualIndex = addVirtualScene(sourceA, sourceB);
   effects.push_back(ScheduledEffect{kind, settings, sourceA, sourceB, startTime, endTime_, virtualIndex, reserved});
   return virtualIndex;

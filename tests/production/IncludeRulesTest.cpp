@@ -26,7 +26,20 @@ namespace fs = std::filesystem;
 
 namespace {
 
-enum class Layer { foundation, texture, geometry, render, sceneInterface, flow, demo, scenes, core, editor, entry, none };
+enum class Layer {
+  foundation,
+  texture,
+  geometry,
+  render,
+  sceneInterface,
+  flow,
+  demo,
+  scenes,
+  core,
+  editor,
+  entry,
+  none
+};
 
 const char* nameOf(Layer layer) {
   switch (layer) {
@@ -97,7 +110,7 @@ Layer layerOf(const std::string& path) {
 }
 
 struct Include {
-  std::string file;    // relative to the source root
+  std::string file;  // relative to the source root
   int line;
   std::string target;  // as written between the quotes or brackets
   bool system;         // <...>
@@ -186,9 +199,8 @@ TEST(IncludeRules, LowerLayersNeverIncludeHigherOnes) {
       const Layer to = layerOf(include.target);
       if (to == Layer::none) continue;  // test support and the like
       ++checked;
-      EXPECT_TRUE(to == from || allowed.count(to))
-          << include.file << ":" << include.line << " (" << nameOf(from) << ") includes " << include.target << " ("
-          << nameOf(to) << ")";
+      EXPECT_TRUE(to == from || allowed.count(to)) << include.file << ":" << include.line << " (" << nameOf(from)
+                                                   << ") includes " << include.target << " (" << nameOf(to) << ")";
     }
   }
   EXPECT_GT(checked, 100);
