@@ -1,15 +1,23 @@
 #include "scenes/ProductionScenes.h"
 
-#include "core/Globals.h"
 #include "scenes/SceneBordersMeetus.h"
+#include "scenes/SceneBordersRollin.h"
+#include "scenes/SceneBordersRollout.h"
+#include "scenes/SceneBordersRollus.h"
 #include "scenes/ScenePerforme.h"
 
-Scene* makeProductionScene(int32_t index, const char* name) {
+Scene* makeProductionScene(Demo* demo, int32_t index, const char* name) {
   switch (index) {
     case 0:
-      return new ScenePerforme(theDemo, name);
+      return new ScenePerforme(demo, name);
     case 7:
-      return new SceneBordersMeetus(theDemo, name);
+      return new SceneBordersMeetus(demo, name);
+    case 8:
+      return new SceneBordersRollin(demo, name);
+    case 9:
+      return new SceneBordersRollout(demo, name);
+    case 10:
+      return new SceneBordersRollus(demo, name);
     default:
       return new PendingScene(name);
   }

@@ -9,20 +9,20 @@
 
 TEST(ProductionScenes, IndexZeroIsTheOpeningAndSevenTheCubeField) {
   REQUIRE_GL(scenetest::width, scenetest::height);
-  theDemo = &scenetest::demo();
-  Scene* opening = makeProductionScene(0, "performe");
-  Scene* field = makeProductionScene(7, "bordersMeetus");
-  Scene* pending = makeProductionScene(3, "bordersWithme");
+  ASSERT_EQ(theDemo, nullptr) << "scenes are built for the Demo they are given, not the global";
+  Demo* demo = &scenetest::demo();
+  Scene* opening = makeProductionScene(demo, 0, "performe");
+  Scene* field = makeProductionScene(demo, 7, "bordersMeetus");
+  Scene* pending = makeProductionScene(demo, 3, "bordersWithme");
   ASSERT_NE(dynamic_cast<ScenePerforme*>(opening), nullptr);
   ASSERT_NE(dynamic_cast<SceneBordersMeetus*>(field), nullptr);
   EXPECT_NE(dynamic_cast<PendingScene*>(pending), nullptr);
   EXPECT_EQ(opening->name, "performe");
   EXPECT_EQ(field->name, "bordersMeetus");
   EXPECT_EQ(pending->name, "bordersWithme");
-  EXPECT_EQ(static_cast<ScenePerforme*>(opening)->demo, theDemo);
-  EXPECT_EQ(static_cast<SceneBordersMeetus*>(field)->demo, theDemo);
+  EXPECT_EQ(static_cast<ScenePerforme*>(opening)->demo, demo);
+  EXPECT_EQ(static_cast<SceneBordersMeetus*>(field)->demo, demo);
   delete pending;
   delete field;
   delete opening;
-  theDemo = nullptr;
 }

@@ -77,8 +77,8 @@ bool parseNumber(const std::string& text, double& value) {
   return end && *end == '\0' && std::isfinite(value);
 }
 
-bool validSteps(const std::string& steps, const std::string& allowed) {
-  if (steps.size() != 16) return false;
+bool validSteps(const std::string& steps, const std::string& allowed, size_t length = 16) {
+  if (length && steps.size() != length) return false;
   for (char c : steps)
     if (allowed.find(c) == std::string::npos) return false;
   return true;
@@ -133,7 +133,9 @@ bool parseScore(const std::string& text, Score& score, std::string& error) {
       for (size_t i = 2; i + 1 < w.size(); i += 2) {
         if (w[i] != "kick" && w[i] != "snare" && w[i] != "hat" && w[i] != "open")
           return fail("unknown drum part: " + w[i]);
-        if (!validSteps(w[i + 1], ".xX")) return fail("drum steps are 16 of '.', 'x', 'X'");
+        const size_t n = w[i + 1].size();
+        if ((n != 16 && n != 32 && n != 64) || !validSteps(w[i + 1], ".xX", 0))
+          return fail("drum steps are 16, 32 or 64 of '.', 'x', 'X'");
         std::vector<int> steps;
         for (char c : w[i + 1]) steps.push_back(c == '.' ? 0 : c == 'x' ? 1 : 2);
         pattern.parts[w[i]] = steps;
@@ -164,6 +166,16 @@ bool parseScore(const std::string& text, Score& score, std::string& error) {
         phrase.push_back(note);
       }
       score.leads[w[1]] = phrase;
+    } else if (kind == "hits") {
+      if (w.size() < 4) return fail("hits wants a name, a part and at least one time");
+      if (w[2] != "kick" && w[2] != "snare" && w[2] != "hat" && w[2] != "open" && w[2] != "crash")
+        return fail("unknown hit part: " + w[2]);
+      std::vector<double>& times = score.hits[w[1]].parts[w[2]];
+      for (size_t i = 3; i < w.size(); ++i) {
+        double t = 0;
+        if (!parseNumber(w[i], t) || t < 0) return fail("hit times are seconds from the section's start, not " + w[i]);
+        times.push_back(t);
+      }
     } else if (kind == "section") {
       if (w.size() < 4) return fail("section wants a start, a bpm and a name");
       Section section;
@@ -184,6 +196,7 @@ bool parseScore(const std::string& text, Score& score, std::string& error) {
         else if (key == "bass") section.bass = value;
         else if (key == "arp") section.arp = value;
         else if (key == "lead") section.lead = value;
+        else if (key == "hits") section.hits = value;
         else if (!isNumber) return fail("bad value for " + key + ": " + value);
         else if (key == "pad") section.pad = number;
         else if (key == "arpLevel") section.arpLevel = number;
@@ -193,6 +206,8 @@ bool parseScore(const std::string& text, Score& score, std::string& error) {
         else if (key == "fadeIn") section.fadeIn = number;
         else if (key == "fadeOut") section.fadeOut = number;
         else if (key == "swell") section.swell = std::min(number, 16.0);
+        else if (key == "downbeat") section.downbeat = number;
+        else if (key == "drumsFrom") section.drumsFrom = number;
         else return fail("unknown section setting: " + key);
       }
       score.sections.push_back(section);
@@ -204,7 +219,15 @@ bool parseScore(const std::string& text, Score& score, std::string& error) {
   if (score.sections.empty()) return fail("the score has no sections");
   if (score.length <= score.sections.back().start) return fail("the length ends before the last section starts");
   // Every name a section uses must be defined.
-  for (const Section& s : score.sections) {
+  for (size_t i = 0; i < score.sections.size(); ++i) {
+    const Section& s = score.sections[i];
+    if (s.hits != "none") {
+      if (!score.hits.count(s.hits)) return fail("section " + s.name + " uses unknown hits " + s.hits);
+      for (const auto& part : score.hits.at(s.hits).parts)
+        for (double t : part.second)
+          if (s.start + t >= score.sectionEnd(i))
+            return fail("section " + s.name + " ends before its " + part.first + " hit at " + std::to_string(t) + " s");
+    }
     if (!score.chords.count(s.chords)) return fail("section " + s.name + " uses unknown chords " + s.chords);
     if (s.drums != "none" && !score.drums.count(s.drums)) return fail("section " + s.name + " uses unknown drums " + s.drums);
     if (s.bass != "none" && !score.bass.count(s.bass)) return fail("section " + s.name + " uses unknown bass " + s.bass);
@@ -588,46 +611,118 @@ void chordTones(const Chord& chord, int low, int tones[3]) {
   std::sort(tones, tones + 3);
 }
 
-void renderSection(Mix& mix, const Score& score, size_t index) {
+// One note or hit of the arrangement, in seconds of music.
+enum class Voice { kick, snare, hat, open, crash, swell, bass, pad, lead, arp };
+
+struct Event {
+  Voice voice;
+  double time;
+  double velocity = 1.0;  // drums; the swell's length in seconds
+  double duration = 0.0;  // tuned voices
+  int note = 0;
+  double level = 0.0;
+  double bright = 0.5;
+  double pan = 0.0;
+};
+
+// Rounds toward minus infinity, for bar numbers of steps before the downbeat.
+long floorDiv(long a, long b) { return a >= 0 ? a / b : -((-a + b - 1) / b); }
+
+// Grid tolerance: a time this close to a step counts as on it.
+const double onGrid = 1e-6;
+
+// The section's events. Its bars run at downbeat + n * 240 / bpm, so a
+// section whose downbeat is not its start opens with part of a bar (a
+// pickup); a short last bar is a drum fill. Steps are sixteenth notes
+// counted from the downbeat (negative before it).
+void arrangeSection(std::vector<Event>& out, const Score& score, size_t index) {
   const Section& s = score.sections[index];
   const double end = score.sectionEnd(index);
-  const double step = 15.0 / s.bpm;  // a sixteenth note
-  const int totalSteps = int(std::floor((end - s.start) / step + 0.5));
-  const int fullBars = totalSteps / 16;
-  const int fillSteps = totalSteps % 16;
+  const double bar = 240.0 / s.bpm;
+  const double step = bar / 16.0;
+  const double downbeat = s.downbeat >= 0.0 ? s.downbeat : s.start;
+  const long firstStep = long(std::ceil((s.start - downbeat) / step - onGrid));
+  const long endStep = long(std::ceil((end - downbeat) / step - onGrid));  // the first step at or after the end
+  if (endStep <= firstStep) return;
+  const long firstFullBar = floorDiv(firstStep + 15, 16);  // the first bar that starts inside the section
+  const long lastBar = floorDiv(endStep - 1, 16);
+  const bool shortLastBar = downbeat + double(lastBar + 1) * bar > end + onGrid;
+  const bool fill = shortLastBar && lastBar >= firstFullBar;
   const std::vector<Chord>& progression = score.chords.at(s.chords);
+  // The pickup plays the chord of the first full bar.
+  auto chordOf = [&](long n) -> const Chord& {
+    return progression[size_t(std::max(n - firstFullBar, 0L)) % progression.size()];
+  };
+  auto sameChord = [&](long a, long b) {
+    const Chord& x = chordOf(a);
+    const Chord& y = chordOf(b);
+    return x.root == y.root && x.minor == y.minor;
+  };
+  auto stepTime = [&](long j) { return downbeat + double(j) * step; };
 
-  // Skip sections that cannot reach the window (the longest tail is the crash).
-  if (!mix.touches(mix.sampleAt(s.start - s.swell), mix.sampleAt(end + 3.5))) return;
-
+  // The cut: a cymbal on the section's first instant and a reversed one
+  // rising into it.
+  const size_t sectionFirst = out.size();
   const bool hasDrums = s.drums != "none";
-  if (s.crash == 1 || (s.crash == -1 && hasDrums)) crash(mix, s.start);
-  if (s.swell > 0) swell(mix, s.start, s.swell);
+  const bool withCrash = s.crash == 1 || (s.crash == -1 && hasDrums);
+  if (withCrash) out.push_back({Voice::crash, s.start});
+  if (s.swell > 0) out.push_back({Voice::swell, s.start, s.swell});
 
-  for (int i = 0; i < totalSteps; ++i) {
-    const double t = s.start + i * step;
-    const int bar = i / 16;
-    const int k = i % 16;
-    const Chord& chord = progression[size_t(bar) % progression.size()];
-
-    // Drums, or a snare roll rising into the next section in a short last bar.
-    if (hasDrums) {
-      if (bar >= fullBars) {
-        const int j = i - fullBars * 16;
-        if (j == 0) kick(mix, t, 1.0);
-        snare(mix, t, 0.35 + 0.65 * (j + 1) / double(fillSteps));
-      } else {
-        for (const auto& part : score.drums.at(s.drums).parts) {
-          const int hit = part.second[size_t(k)];
-          if (!hit) continue;
-          const double velocity = hit == 2 ? 1.0 : 0.75;
-          if (part.first == "kick") kick(mix, t, velocity);
-          else if (part.first == "snare") snare(mix, t, velocity);
-          else if (part.first == "hat") hat(mix, t, velocity, false);
-          else if (part.first == "open") hat(mix, t, velocity, true);
-        }
+  // Drums: each part on its own grid of 16, 32 or 64 steps a bar. In a fill
+  // bar the kick and snare keep their places and a snare roll rising in
+  // sixteenths takes the place of the cymbals.
+  if (hasDrums) {
+    for (const auto& part : score.drums.at(s.drums).parts) {
+      const long n = long(part.second.size());
+      const double partStep = bar / double(n);
+      const bool cymbal = part.first == "hat" || part.first == "open";
+      const Voice voice = part.first == "kick" ? Voice::kick
+                          : part.first == "snare" ? Voice::snare
+                          : part.first == "hat" ? Voice::hat : Voice::open;
+      for (long j = long(std::ceil((s.start - downbeat) / partStep - onGrid));; ++j) {
+        const double t = downbeat + double(j) * partStep;
+        if (t >= end - onGrid) break;
+        if (t < s.start + s.drumsFrom - onGrid) continue;
+        if (fill && cymbal && floorDiv(j, n) == lastBar) continue;
+        const int hit = part.second[size_t(j - floorDiv(j, n) * n)];
+        if (hit) out.push_back({voice, t, hit == 2 ? 1.0 : 0.75});
       }
     }
+    if (fill) {
+      const long from = std::max(lastBar * 16, firstStep);
+      const long rollSteps = endStep - from;
+      for (long j = from; j < endStep; ++j)
+        if (stepTime(j) >= s.start + s.drumsFrom - onGrid)
+          out.push_back({Voice::snare, stepTime(j), 0.35 + 0.65 * double(j - from + 1) / double(rollSteps)});
+    }
+  }
+
+  // The kick of the cut, unless a kick or a snare of the section is about to
+  // sound anyway (within a tenth of a second).
+  const bool startsOnDownbeat = std::fabs(s.start - downbeat - std::round((s.start - downbeat) / bar) * bar) < onGrid;
+  if (withCrash && hasDrums && !startsOnDownbeat) {
+    const bool drumSoon = std::any_of(out.begin() + long(sectionFirst), out.end(), [&](const Event& e) {
+      return (e.voice == Voice::kick || e.voice == Voice::snare) && e.time < s.start + 0.1;
+    });
+    if (!drumSoon) out.push_back({Voice::kick, s.start, 1.0});
+  }
+
+  // Hits at their own times.
+  if (s.hits != "none") {
+    for (const auto& part : score.hits.at(s.hits).parts) {
+      const Voice voice = part.first == "kick" ? Voice::kick
+                          : part.first == "snare" ? Voice::snare
+                          : part.first == "hat" ? Voice::hat
+                          : part.first == "open" ? Voice::open : Voice::crash;
+      for (double t : part.second) out.push_back({voice, s.start + t, 1.0});
+    }
+  }
+
+  for (long j = firstStep; j < endStep; ++j) {
+    const double t = stepTime(j);
+    const long n = floorDiv(j, 16);
+    const int k = int(j - n * 16);
+    const Chord& chord = chordOf(n);
 
     // Bass: notes on 'r', 'f', 'o', held through the '-' after them.
     if (s.bass != "none") {
@@ -635,10 +730,13 @@ void renderSection(Mix& mix, const Score& score, size_t index) {
       const char c = pattern[size_t(k)];
       if (c == 'r' || c == 'f' || c == 'o') {
         int held = 1;
-        while (k + held < 16 && pattern[size_t(k + held)] == '-' && i + held < totalSteps) ++held;
+        while (k + held < 16 && pattern[size_t(k + held)] == '-' && j + held < endStep) ++held;
         const int root = placeInOctave(chord.root, 33);
-        const int note = root + (c == 'f' ? 7 : c == 'o' ? 12 : 0);
-        bass(mix, t, (held - 0.25) * step, note, s.bright);  // a short gap before the next note
+        Event e{Voice::bass, t};
+        e.duration = (held - 0.25) * step;  // a short gap before the next note
+        e.note = root + (c == 'f' ? 7 : c == 'o' ? 12 : 0);
+        e.bright = s.bright;
+        out.push_back(e);
       }
     }
 
@@ -648,38 +746,79 @@ void renderSection(Mix& mix, const Score& score, size_t index) {
       if (c >= '0' && c <= '3') {
         int tones[3];
         chordTones(chord, 64, tones);
-        const int note = c == '3' ? tones[0] + 12 : tones[c - '0'];
-        arpNote(mix, t, note, s.arpLevel, s.bright, (k % 2) ? 0.5 : -0.5);
+        Event e{Voice::arp, t};
+        e.note = c == '3' ? tones[0] + 12 : tones[c - '0'];
+        e.level = s.arpLevel;
+        e.bright = s.bright;
+        e.pan = (k % 2) ? 0.5 : -0.5;
+        out.push_back(e);
       }
     }
 
-    // Pad: the chord held for as many bars as it repeats.
-    auto sameChord = [&](int a, int b) {
-      const Chord& x = progression[size_t(a) % progression.size()];
-      const Chord& y = progression[size_t(b) % progression.size()];
-      return x.root == y.root && x.minor == y.minor;
-    };
-    if (k == 0 && s.pad > 0 && !(bar > 0 && sameChord(bar - 1, bar))) {
-      int bars = 1;
-      while (bar + bars <= fullBars && sameChord(bar, bar + bars)) ++bars;
-      const double chordEnd = std::min(end, t + bars * 16 * step);
+    // Pad: the chord held for as many bars as it repeats; the first from the
+    // section's very start.
+    if (s.pad > 0 && (j == firstStep || (k == 0 && !sameChord(n - 1, n)))) {
+      long next = n + 1;
+      while (next <= lastBar && sameChord(n, next)) ++next;
+      const double from = j == firstStep ? s.start : t;
+      const double chordEnd = std::min(end, downbeat + double(next) * bar);
       int tones[3];
       chordTones(chord, 55, tones);
-      for (int tone : tones) pad(mix, t, chordEnd - t, tone, s.pad, s.bright);
-      pad(mix, t, chordEnd - t, placeInOctave(chord.root, 43), s.pad * 0.7, s.bright);
+      for (int tone : tones) {
+        Event e{Voice::pad, from};
+        e.duration = chordEnd - from;
+        e.note = tone;
+        e.level = s.pad;
+        e.bright = s.bright;
+        out.push_back(e);
+      }
+      Event low{Voice::pad, from};
+      low.duration = chordEnd - from;
+      low.note = placeInOctave(chord.root, 43);
+      low.level = s.pad * 0.7;
+      low.bright = s.bright;
+      out.push_back(low);
     }
   }
 
-  // Lead: the phrase from the section's start, repeated to its end.
+  // Lead: the phrase from the first full bar, repeated to the section's end.
   if (s.lead != "none" && s.leadLevel > 0) {
     const std::vector<LeadNote>& phrase = score.leads.at(s.lead);
-    int position = 0;
-    for (size_t i = 0; position < totalSteps; ++i) {
+    long position = firstFullBar * 16;
+    for (size_t i = 0; position < endStep; ++i) {
       const LeadNote& note = phrase[i % phrase.size()];
-      const int steps = std::min(note.steps, totalSteps - position);
-      if (note.note >= 0) lead(mix, s.start + position * step, steps * step * 0.92, note.note, s.leadLevel, s.bright);
+      const long steps = std::min(long(note.steps), endStep - position);
+      if (note.note >= 0) {
+        Event e{Voice::lead, stepTime(position)};
+        e.duration = double(steps) * step * 0.92;
+        e.note = note.note;
+        e.level = s.leadLevel;
+        e.bright = s.bright;
+        out.push_back(e);
+      }
       position += note.steps;
     }
+  }
+}
+
+std::vector<Event> arrange(const Score& score) {
+  std::vector<Event> events;
+  for (size_t i = 0; i < score.sections.size(); ++i) arrangeSection(events, score, i);
+  return events;
+}
+
+void play(Mix& mix, const Event& e) {
+  switch (e.voice) {
+    case Voice::kick: kick(mix, e.time, e.velocity); break;
+    case Voice::snare: snare(mix, e.time, e.velocity); break;
+    case Voice::hat: hat(mix, e.time, e.velocity, false); break;
+    case Voice::open: hat(mix, e.time, e.velocity, true); break;
+    case Voice::crash: crash(mix, e.time); break;
+    case Voice::swell: swell(mix, e.time, e.velocity); break;
+    case Voice::bass: bass(mix, e.time, e.duration, e.note, e.bright); break;
+    case Voice::pad: pad(mix, e.time, e.duration, e.note, e.level, e.bright); break;
+    case Voice::lead: lead(mix, e.time, e.duration, e.note, e.level, e.bright); break;
+    case Voice::arp: arpNote(mix, e.time, e.note, e.level, e.bright, e.pan); break;
   }
 }
 
@@ -719,28 +858,43 @@ std::vector<int16_t> render(const Score& score, double from, double to) {
   const int64_t frames = int64_t(std::llround(to * score.rate)) - first;
   if (frames <= 0) return {};
   Mix mix(score.rate, first, frames);
-  for (size_t i = 0; i < score.sections.size(); ++i) renderSection(mix, score, i);
+  for (const Event& e : arrange(score)) play(mix, e);
 
-  // Ping-pong delay of three sixteenths at 120 bpm on the send bus.
-  const int64_t delay = int64_t(0.375 * score.rate);
-  std::vector<double> lineL(size_t(delay), 0.0), lineR(size_t(delay), 0.0);
-  size_t cursor = 0;
+  // Ping-pong delay on the send bus, three sixteenths of the playing
+  // section's tempo long, so that the echoes fall on its grid.
+  const size_t lineSize = size_t(3 * score.rate);  // room for the slowest tempo, 20 bpm
+  std::vector<double> lineL(lineSize, 0.0), lineR(lineSize, 0.0);
+  size_t cursor = 0, section = 0;
   const double feedback = 0.42, wet = 0.5;
   // Leaves the loudest hits (kick on bass on pad) just under the soft knee.
   const double masterGain = 0.72;
   std::vector<int16_t> out(size_t(frames) * 2);
   for (int64_t i = 0; i < frames; ++i) {
-    const double echoL = lineL[cursor], echoR = lineR[cursor];
+    const double t = double(first + i) / score.rate;
+    while (section + 1 < score.sections.size() && t >= score.sections[section + 1].start) ++section;
+    const size_t delay = size_t(45.0 / score.sections[section].bpm * score.rate);
+    const size_t read = (cursor + lineSize - delay) % lineSize;
+    const double echoL = lineL[read], echoR = lineR[read];
     lineL[cursor] = mix.sendRight[size_t(i)] + echoR * feedback;
     lineR[cursor] = mix.sendLeft[size_t(i)] + echoL * feedback;
-    cursor = (cursor + 1) % size_t(delay);
-    const double gain = masterGain * fadeGain(score, double(first + i) / score.rate);
+    cursor = (cursor + 1) % lineSize;
+    const double gain = masterGain * fadeGain(score, t);
     const double l = softClip((mix.left[size_t(i)] + echoL * wet) * gain);
     const double r = softClip((mix.right[size_t(i)] + echoR * wet) * gain);
     out[size_t(i) * 2] = int16_t(std::lround(l * 32000.0));
     out[size_t(i) * 2 + 1] = int16_t(std::lround(r * 32000.0));
   }
   return out;
+}
+
+std::vector<DrumHit> drumHits(const Score& score) {
+  std::vector<DrumHit> hits;
+  for (const Event& e : arrange(score)) {
+    if (e.voice == Voice::kick) hits.push_back({e.time, "kick", e.velocity});
+    if (e.voice == Voice::snare) hits.push_back({e.time, "snare", e.velocity});
+  }
+  std::stable_sort(hits.begin(), hits.end(), [](const DrumHit& a, const DrumHit& b) { return a.time < b.time; });
+  return hits;
 }
 
 bool writeWav(const std::string& path, const std::vector<int16_t>& samples, int rate) {

@@ -17,9 +17,16 @@ struct Chord {
   bool minor = false;
 };
 
-// One drum part's bar: 16 steps, 0 rest, 1 hit, 2 accent.
+// One drum part's bar: 16, 32 or 64 steps that split the bar evenly (finer
+// steps place a hit between the sixteenths); 0 rest, 1 hit, 2 accent.
 struct DrumPattern {
   std::map<std::string, std::vector<int>> parts;   // "kick", "snare", "hat", "open"
+};
+
+// Drum hits at given times, for hit points that follow no bar: seconds from
+// the start of the section that plays them, every hit accented.
+struct HitList {
+  std::map<std::string, std::vector<double>> parts;  // "kick", "snare", "hat", "open", "crash"
 };
 
 struct LeadNote {
@@ -36,6 +43,9 @@ struct Section {
   std::string bass = "none";
   std::string arp = "none";
   std::string lead = "none";
+  std::string hits = "none";
+  double downbeat = -1.0; // seconds of music where one of its bars starts; below 0: at its start
+  double drumsFrom = 0.0; // seconds into the section where the drum pattern begins (hits play from 0)
   double pad = 0.0;
   double arpLevel = 0.0;
   double leadLevel = 0.0;
@@ -54,6 +64,7 @@ struct Score {
   std::map<std::string, std::string> bass;      // 16-character step strings
   std::map<std::string, std::string> arps;      // 16-character step strings
   std::map<std::string, std::vector<LeadNote>> leads;
+  std::map<std::string, HitList> hits;
   std::vector<Section> sections;                // in time order
 
   double sectionEnd(size_t index) const {
@@ -67,6 +78,18 @@ bool loadScore(const std::string& path, Score& score, std::string& error);
 
 // MIDI note of a name such as "A4", "C#5", "Bb3"; -1 if it is not one.
 int noteNumber(const std::string& name);
+
+// One drum hit as the renderer plays it: time in seconds of music, the part
+// ("kick" or "snare") and its velocity, 0 to 1.
+struct DrumHit {
+  double time = 0.0;
+  std::string part;
+  double velocity = 0.0;
+};
+
+// Every kick and snare of the track in time order, from the same arrangement
+// that render plays: what the show's pictures are kept in step with.
+std::vector<DrumHit> drumHits(const Score& score);
 
 // Renders [from, to) seconds of the score: interleaved stereo, 16 bits.
 std::vector<int16_t> render(const Score& score, double from, double to);
