@@ -227,8 +227,7 @@ TEST(IncludeRules, TheLayerTableRefusesUpwardIncludes) {
 
 // Scenes are built for the Demo passed to them and reach the engine through
 // it, never through the process-wide theDemo.
-// Enabled when scenes take their Demo.
-TEST(IncludeRules, DISABLED_ScenesDoNotUseTheGlobalDemo) {
+TEST(IncludeRules, ScenesDoNotUseTheGlobalDemo) {
   const std::regex global(R"((^|[^A-Za-z0-9_])theDemo([^A-Za-z0-9_]|$))");
   const std::vector<fs::path> files = sourcesIn({"scenes"});
   ASSERT_GT(files.size(), 3u);
