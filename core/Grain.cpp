@@ -3,6 +3,7 @@
 #include <GL/glew.h>
 
 #include "foundation/Random.h"
+#include "render/GLErrors.h"
 #include "texture/TextureStore.h"
 
 void fillInitialGrain(uint8_t* pixels) {
@@ -58,4 +59,5 @@ void drawGrainOverlay(TextureStore& textures, int32_t windowWidth, int32_t windo
   glVertex3f(-1, 1, -1);
   glEnd();
   glPopMatrix();
+  checkGLErrors("grain overlay");
 }

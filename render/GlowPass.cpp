@@ -4,11 +4,37 @@
 #include <cmath>
 
 #include "foundation/Capabilities.h"
+#include "render/GLErrors.h"
 #include "render/RenderTarget.h"
 
 float glowTapAlpha(float amount, float fadeOut, float alpha) {
   const float a = amount;
   return ((1.0f - a * fadeOut) * ((1.0f - a) + a * alpha) * 1.015625f) / 4.0f;
+}
+
+GlowOptions GlowOptions::shadowMaskBlur(float amount, int32_t passes) {
+  GlowOptions options;
+  options.amount = amount;
+  options.passes = passes;
+  return options;
+}
+
+GlowOptions GlowOptions::sceneGlow(float amount, int32_t passes, float alpha, float fadeOut, float zoom,
+                                   float zoomPowBase, float zoomPow) {
+  GlowOptions options;
+  options.amount = amount;
+  options.passes = passes;
+  options.alpha = alpha;
+  options.fadeOut = fadeOut;
+  options.zoom = zoom;
+  options.zoomPowBase = zoomPowBase;
+  options.zoomPow = zoomPow;
+  return options;
+}
+
+void RenderTarget::glowPass(int32_t slot, const GlowOptions& o) {
+  glowPass(slot, o.amount, o.passes, o.spreadX, o.spreadY, o.alpha, o.tintRed, o.tintGreen, o.tintBlue, o.fadeOut,
+           o.reserved, o.fullScreen, o.zoom, o.zoomPowBase, o.zoomPow);
 }
 
 float glowZoomStep(float zoom) {
@@ -161,4 +187,5 @@ void RenderTarget::glowPass(int32_t slot, float amount, int32_t passes, float sp
   glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
   glDepthMask(GL_TRUE);
   glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
+  checkGLErrors("glow pass");
 }

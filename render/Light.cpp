@@ -7,6 +7,7 @@
 
 #include "foundation/Capabilities.h"
 #include "geometry/Mesh.h"
+#include "render/GLErrors.h"
 #include "render/RenderTarget.h"
 
 // ---------------------------------------------------------------------------
@@ -174,10 +175,13 @@ void applyLight(Mesh& mesh, int* lightCounter) {
   glLightfv(glLight, GL_DIFFUSE, light.diffuse);
   glLightfv(glLight, GL_SPECULAR, light.specular);
   // Deliberate: light-model names given to the per-light call. GL rejects all
-  // three with GL_INVALID_ENUM and they have no effect; the calls stay.
+  // three with GL_INVALID_ENUM and they have no effect; the calls stay, and
+  // their errors are dropped so that pass boundaries report only others.
+  checkGLErrors("light set-up");
   glLightfv(glLight, GL_LIGHT_MODEL_AMBIENT, light.lightModelAmbient);
   glLightf(glLight, GL_LIGHT_MODEL_LOCAL_VIEWER, light.lightModelLocalViewer);
   glLightf(glLight, GL_LIGHT_MODEL_TWO_SIDE, light.lightModelTwoSide);
+  dropRefusedCallErrors();
   const float direction[3] = {light.direction.x, light.direction.y, light.direction.z};
   glLightfv(glLight, GL_SPOT_DIRECTION, direction);
   glLightf(glLight, GL_SPOT_EXPONENT, light.spotExponent);

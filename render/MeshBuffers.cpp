@@ -27,19 +27,18 @@ void Mesh::updateArrays() {
     colourBufferA1 = names[7];
     colourBufferB1 = names[8];
     glBindBufferARB(GL_ELEMENT_ARRAY_BUFFER_ARB, indexBuffer);
-    glBufferDataARB(GL_ELEMENT_ARRAY_BUFFER_ARB, GLsizeiptr(drawnFaceCount) * 3 * 2, indexArray,
-                    GL_STATIC_DRAW_ARB);
+    glBufferDataARB(GL_ELEMENT_ARRAY_BUFFER_ARB, GLsizeiptr(drawnFaceCount) * 3 * 2, indexArray, GL_STATIC_DRAW_ARB);
     const struct {
       GLuint name;
       GLsizeiptr size;
-      const float *data;
+      const float* data;
     } uploads[] = {
-        {vertexBuffer, vertex3, vertexArray},        {normalBuffer, vertex3, normalArray},
+        {vertexBuffer, vertex3, vertexArray},         {normalBuffer, vertex3, normalArray},
         {texCoordBuffer0, vertex3, texCoordArray[0]}, {colourBufferA0, vertex4, colourArrayA[0]},
         {colourBufferB0, vertex4, colourArrayB[0]},   {texCoordBuffer1, vertex3, texCoordArray[1]},
         {colourBufferA1, vertex4, colourArrayA[1]},   {colourBufferB1, vertex4, colourArrayB[1]},
     };
-    for (const auto &u : uploads) {
+    for (const auto& u : uploads) {
       glBindBufferARB(GL_ARRAY_BUFFER_ARB, u.name);
       glBufferDataARB(GL_ARRAY_BUFFER_ARB, u.size, u.data, GL_STATIC_DRAW_ARB);
     }

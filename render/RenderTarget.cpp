@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "foundation/Capabilities.h"
+#include "render/GLErrors.h"
 
 namespace {
 
@@ -14,8 +15,11 @@ namespace {
 void defineSlotTexture(GLuint name, int32_t w, int32_t h) {
   glBindTexture(GL_TEXTURE_2D, name);
   // Deliberate: GL refuses an alignment of 0 (GL_INVALID_VALUE) and keeps the
-  // old value. The call has no meaning here and stays as it always was.
+  // old value. The call has no meaning here and stays as it always was; its
+  // error is dropped so that pass boundaries report only others.
+  checkGLErrors("slot texture set-up");
   glPixelStorei(GL_UNPACK_ALIGNMENT, 0);
+  dropRefusedCallErrors();
   glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP);
   glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP);
   glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);

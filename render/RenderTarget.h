@@ -24,6 +24,46 @@
 
 #include <cstdint>
 
+// The blend modes of drawSlot, as (source factor, destination factor). Modes
+// 2 to 6 enable GL_BLEND; any other value changes nothing. The frame
+// composition lays a scene with slotBlendAlpha unless the scene names another.
+enum SlotBlendMode : int32_t {
+  slotBlendOff = 0,            // blending disabled: the slot replaces what is there
+  slotBlendAlpha = 1,          // SRC_ALPHA, ONE_MINUS_SRC_ALPHA (alpha ONE, ONE_MINUS_SRC_ALPHA where the
+                               // separate function exists); sets the function only, GL_BLEND left as it is
+  slotBlendAdd = 2,            // ONE, ONE: src + dst
+  slotBlendSquares = 3,        // SRC_COLOR, DST_COLOR: src^2 + dst^2, lower mid-tones, highlights kept
+  slotBlendDoubleProduct = 4,  // DST_COLOR, SRC_COLOR: 2 src dst
+  slotBlendAlphaAdd = 5,       // SRC_ALPHA, ONE: src * srcAlpha + dst
+  slotBlendSquareAdd = 6,      // SRC_COLOR, ONE: src^2 + dst
+};
+
+// The settings of one glowPass by name (see glowPass below for what each
+// does). The defaults are those the World and the scenes share: a spread of
+// 0.1 each way, no tint, no fade, no zoom, over the whole screen.
+struct GlowOptions {
+  float amount = 0;         // 0 to 1: strength, and scale of the spread
+  int32_t passes = 1;       // rounds of four taps
+  float spreadX = 0.1f;     // spread of the last round, in picture widths
+  float spreadY = 0.1f;     // the same in picture heights
+  float alpha = 1;          // mixes the tap alpha towards this as amount grows
+  float tintRed = 0;        // additive tint, times amount
+  float tintGreen = 0;
+  float tintBlue = 0;
+  float fadeOut = 0;        // dims the taps as amount grows
+  int32_t reserved = 0;     // carried, not read
+  bool fullScreen = true;   // identity matrices around the pass
+  float zoom = 0;           // inset per round, quantised to 1/10000; 0 no zoom
+  float zoomPowBase = 1.5f;
+  float zoomPow = 1;
+
+  // The blur of a soft-shadow mask: `amount`, `passes` rounds, the rest as the defaults.
+  static GlowOptions shadowMaskBlur(float amount, int32_t passes);
+  // A scene's bloom over its glow source, zooming out of the centre.
+  static GlowOptions sceneGlow(float amount, int32_t passes, float alpha, float fadeOut, float zoom,
+                               float zoomPowBase, float zoomPow);
+};
+
 class RenderTarget {
  public:
   static constexpr int32_t maxSlots = 10;
@@ -72,12 +112,11 @@ class RenderTarget {
   void glowPass(int32_t slot, float amount, int32_t passes, float spreadX, float spreadY, float alpha, float tintRed,
                 float tintGreen, float tintBlue, float fadeOut, int32_t reserved, bool fullScreen, float zoom,
                 float zoomPowBase, float zoomPow);
+  // The same with the settings by name; a thin call of the one above.
+  void glowPass(int32_t slot, const GlowOptions& options);
 
   // Draws `slot`'s current source on the current surface with the screen quad.
-  //   blendMode (source, destination): 0 off; 1 SRC_ALPHA, ONE_MINUS_SRC_ALPHA
-  //   (alpha ONE, ONE_MINUS_SRC_ALPHA where separate blending exists; does not
-  //   enable GL_BLEND); 2 ONE,ONE; 3 SRC_COLOR,DST_COLOR; 4 DST_COLOR,SRC_COLOR;
-  //   5 SRC_ALPHA,ONE; 6 SRC_COLOR,ONE (2..6 enable GL_BLEND); other: untouched.
+  //   blendMode: a SlotBlendMode (above); other values leave blending untouched.
   // scale: optional 3 floats for glScalef. texScale (sx, sy): far corner at
   // (sx*maxU, sy*maxV); texOffset (ox, oy) moves all corners, only together
   // with texScale. fullScreen: identity matrices, GL_ADD, clamp, linear,
@@ -196,11 +235,7 @@ class RenderTarget {
   static GLuint nameAt(const GLuint* names, int32_t index);
 };
 
-// The blend modes of drawSlot, as (source factor, destination factor):
-//   0 blending off; 1 SRC_ALPHA, ONE_MINUS_SRC_ALPHA (alpha ONE, ONE_MINUS_SRC_ALPHA
-//   where the separate function exists), function only, GL_BLEND left alone;
-//   2 ONE, ONE; 3 SRC_COLOR, DST_COLOR; 4 DST_COLOR, SRC_COLOR; 5 SRC_ALPHA, ONE;
-//   6 SRC_COLOR, ONE. Modes 2 to 6 enable GL_BLEND; any other mode changes nothing.
+// Sets the blending of a SlotBlendMode (see there); any other value changes nothing.
 void applySlotBlendMode(int32_t mode);
 
 // The tap alpha of glowPass (see above), exposed for tests and tuning tools.

@@ -6,33 +6,33 @@
 
 void applySlotBlendMode(int32_t mode) {
   switch (mode) {
-    case 0:
+    case slotBlendOff:
       glDisable(GL_BLEND);
       break;
-    case 1:
+    case slotBlendAlpha:
       // Sets the function only; GL_BLEND is left as the caller has it.
       if (hasBlendFuncSeparate)
         glBlendFuncSeparateEXT(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
       else
         glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
       break;
-    case 2:
+    case slotBlendAdd:
       glBlendFunc(GL_ONE, GL_ONE);  // plain additive
       glEnable(GL_BLEND);
       break;
-    case 3:
+    case slotBlendSquares:
       glBlendFunc(GL_SRC_COLOR, GL_DST_COLOR);  // src^2 + dst^2: lower mid-tones, keep highlights
       glEnable(GL_BLEND);
       break;
-    case 4:
+    case slotBlendDoubleProduct:
       glBlendFunc(GL_DST_COLOR, GL_SRC_COLOR);  // 2 * src * dst
       glEnable(GL_BLEND);
       break;
-    case 5:
+    case slotBlendAlphaAdd:
       glBlendFunc(GL_SRC_ALPHA, GL_ONE);  // src * srcAlpha + dst
       glEnable(GL_BLEND);
       break;
-    case 6:
+    case slotBlendSquareAdd:
       glBlendFunc(GL_SRC_COLOR, GL_ONE);  // src^2 + dst
       glEnable(GL_BLEND);
       break;

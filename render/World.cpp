@@ -9,6 +9,7 @@
 #include "foundation/Camera.h"
 #include "foundation/Capabilities.h"
 #include "geometry/A3dFile.h"
+#include "render/GLErrors.h"
 #include "render/RenderTarget.h"
 
 namespace {
@@ -292,6 +293,7 @@ void World::basePass(bool writeColour) {
   }
   glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
   glDisable(GL_LIGHTING);
+  checkGLErrors("World base pass");
 }
 
 void World::litPass(bool blended) {
@@ -363,6 +365,7 @@ void World::litPass(bool blended) {
   glDepthFunc(GL_LESS);
   glDisable(GL_LIGHTING);
   drawBillboards(false, false);
+  checkGLErrors("World lit pass");
 }
 
 void World::shadowMapPass() {
@@ -398,6 +401,7 @@ void World::shadowMapPass() {
   glDepthFunc(GL_LESS);
   glViewport(viewport[0], viewport[1], viewport[2], viewport[3]);
   glCullFace(GL_BACK);
+  checkGLErrors("World shadow map pass");
 }
 
 int World::shadowMaskPass(RenderTarget* target, bool prepare) {
@@ -433,13 +437,13 @@ int World::shadowMaskPass(RenderTarget* target, bool prepare) {
     glClearColor(0.0f, 0.0f, 0.0f, 0.0f);
     glDisable(GL_DEPTH_TEST);
     glDepthMask(GL_FALSE);
-    target->glowPass(base + 2 + k, softShadowMaskBlurAmount, softShadowMaskBlurLoops, 0.1f, 0.1f, 1.0f, 0.0f,
-                     0.0f, 0.0f, 0.0f, 0, true, 0.0f, 1.5f, 1.0f);
+    target->glowPass(base + 2 + k, GlowOptions::shadowMaskBlur(softShadowMaskBlurAmount, softShadowMaskBlurLoops));
     target->endTarget();
     if (!useFramebufferObjects) target->copyToSlot(base + 1 + k);
     glDepthMask(GL_TRUE);
     ++k;
   }
+  checkGLErrors("World shadow mask pass");
   return k;
 }
 
@@ -484,11 +488,39 @@ void World::lightImagePass(int k) {
   drawBillboards(false, false);
   glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
   glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
+  checkGLErrors("World light image pass");
 }
 
 // ---------------------------------------------------------------------------
 // render
 // ---------------------------------------------------------------------------
+
+WorldRenderOptions WorldRenderOptions::glowSource() {
+  WorldRenderOptions options;
+  options.prepare = true;
+  options.materialIndex = 1;
+  options.softShadows = false;
+  options.lowShadow = true;
+  options.lowOutput = true;
+  options.baseAsImage = true;
+  return options;
+}
+
+WorldRenderOptions WorldRenderOptions::finalPicture() {
+  WorldRenderOptions options;
+  options.prepare = false;
+  options.materialIndex = 0;
+  options.softShadows = true;
+  options.lowShadow = true;
+  options.lowOutput = false;
+  options.baseAsImage = false;
+  return options;
+}
+
+void World::render(Camera* camera, RenderTarget* target, const WorldRenderOptions& o) {
+  render(camera, o.skipObjects, o.prepare, o.materialIndex, o.softShadows, target, o.lowShadow, o.lowOutput,
+         o.baseAsImage, o.baseWritesColour);
+}
 
 void World::render(Camera* camera, int skipObjects, bool prepare, int materialIndex, bool softShadows,
                    RenderTarget* target, bool lowShadow, bool lowOutput, bool baseAsImage, bool baseWritesColour) {
@@ -588,7 +620,7 @@ void World::render(Camera* camera, int skipObjects, bool prepare, int materialIn
   } else {
     glClear(GL_COLOR_BUFFER_BIT);
     target->lowResolution = 1;
-    target->drawSlot(base + 1 + masks, 1, nullptr, true, nullptr, nullptr, 1.0f);
+    target->drawSlot(base + 1 + masks, slotBlendAlpha, nullptr, true, nullptr, nullptr, 1.0f);
   }
 
   target->lowResolution = lowMasks ? 1 : 0;
@@ -604,4 +636,5 @@ void World::render(Camera* camera, int skipObjects, bool prepare, int materialIn
   target->lowResolutionB = 0;
   releaseCamera(camera);
   skipping = false;
+  checkGLErrors("World soft shadow composition");
 }

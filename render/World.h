@@ -25,6 +25,28 @@ class Camera;
 class Curve;
 class RenderTarget;
 
+// The settings of one World::render by name (see render for what each does).
+// The defaults draw material slot 0 on the direct path, preparing first.
+struct WorldRenderOptions {
+  int skipObjects = 0;
+  bool prepare = true;
+  int materialIndex = 0;
+  bool softShadows = false;
+  bool lowShadow = false;
+  bool lowOutput = false;
+  bool baseAsImage = false;
+  bool baseWritesColour = true;
+
+  // A scene's glow source: prepares the frame and draws material slot 1 on
+  // the direct path at half size (lowShadow and baseAsImage are set as the
+  // scenes set them; the direct path does not read them).
+  static WorldRenderOptions glowSource();
+  // A scene's final picture, after its glow source: material slot 0 at full
+  // size with soft shadows whose masks are half size; the preparation of the
+  // glow source stands.
+  static WorldRenderOptions finalPicture();
+};
+
 // A child of an object in the transform hierarchy.
 struct ChildLink {
   int child = 0;                        // object index
@@ -103,6 +125,8 @@ class World {
   //   leaves blending as it finds it.
   void render(Camera* camera, int skipObjects, bool prepare, int materialIndex, bool softShadows,
               RenderTarget* target, bool lowShadow, bool lowOutput, bool baseAsImage, bool baseWritesColour);
+  // The same with the settings by name; a thin call of the one above.
+  void render(Camera* camera, RenderTarget* target, const WorldRenderOptions& options);
 
   // The passes render() is made of; public for tests and special scenes.
   // Matrix of object i and, recursively, of its children, from the current

@@ -26,7 +26,20 @@ namespace fs = std::filesystem;
 
 namespace {
 
-enum class Layer { foundation, texture, geometry, render, sceneInterface, flow, demo, scenes, core, editor, entry, none };
+enum class Layer {
+  foundation,
+  texture,
+  geometry,
+  render,
+  sceneInterface,
+  flow,
+  demo,
+  scenes,
+  core,
+  editor,
+  entry,
+  none
+};
 
 const char* nameOf(Layer layer) {
   switch (layer) {
@@ -97,7 +110,7 @@ Layer layerOf(const std::string& path) {
 }
 
 struct Include {
-  std::string file;    // relative to the source root
+  std::string file;  // relative to the source root
   int line;
   std::string target;  // as written between the quotes or brackets
   bool system;         // <...>
@@ -186,9 +199,8 @@ TEST(IncludeRules, LowerLayersNeverIncludeHigherOnes) {
       const Layer to = layerOf(include.target);
       if (to == Layer::none) continue;  // test support and the like
       ++checked;
-      EXPECT_TRUE(to == from || allowed.count(to))
-          << include.file << ":" << include.line << " (" << nameOf(from) << ") includes " << include.target << " ("
-          << nameOf(to) << ")";
+      EXPECT_TRUE(to == from || allowed.count(to)) << include.file << ":" << include.line << " (" << nameOf(from)
+                                                   << ") includes " << include.target << " (" << nameOf(to) << ")";
     }
   }
   EXPECT_GT(checked, 100);
@@ -215,8 +227,7 @@ TEST(IncludeRules, TheLayerTableRefusesUpwardIncludes) {
 
 // Scenes are built for the Demo passed to them and reach the engine through
 // it, never through the process-wide theDemo.
-// Enabled when scenes take their Demo.
-TEST(IncludeRules, DISABLED_ScenesDoNotUseTheGlobalDemo) {
+TEST(IncludeRules, ScenesDoNotUseTheGlobalDemo) {
   const std::regex global(R"((^|[^A-Za-z0-9_])theDemo([^A-Za-z0-9_]|$))");
   const std::vector<fs::path> files = sourcesIn({"scenes"});
   ASSERT_GT(files.size(), 3u);

@@ -534,7 +534,7 @@ testimg::Image scenePipeline(bool framebuffers, const PipelineArgs& p) {
   rt->beginTarget(slot, false, false);
   glClear(GL_COLOR_BUFFER_BIT);
   glDisable(GL_DEPTH_TEST);
-  rt->glowPass(slot + 1, p.amount, p.passes, 0.1f, 0.1f, p.alpha, 0, 0, 0, 0, 0, true, p.zoom, 1.5f, 1);
+  rt->glowPass(slot + 1, GlowOptions::sceneGlow(p.amount, p.passes, p.alpha, 0, p.zoom, 1.5f, 1));
   rt->endTarget();
   if (!framebuffers) rt->copyToSlot(slot);
   rt->lowResolution = 0;
@@ -544,7 +544,7 @@ testimg::Image scenePipeline(bool framebuffers, const PipelineArgs& p) {
   drawTestPicture();
   glDisable(GL_DEPTH_TEST);
   rt->lowResolution = 1;
-  rt->drawSlot(slot, p.blurMode == 0 ? 3 : 2, nullptr, true, nullptr, nullptr, 1.0f);
+  rt->drawSlot(slot, p.blurMode == 0 ? slotBlendSquares : slotBlendAdd, nullptr, true, nullptr, nullptr, 1.0f);
   rt->lowResolution = 0;
   if (p.present) {
     // The composition: on the copy path the scene's picture goes through its
@@ -554,14 +554,14 @@ testimg::Image scenePipeline(bool framebuffers, const PipelineArgs& p) {
       rt->copyToSlot(0);
       glDisable(GL_BLEND);
       glClear(GL_COLOR_BUFFER_BIT);
-      rt->drawSlot(0, 1, nullptr, true, nullptr, nullptr, 1.0f);
+      rt->drawSlot(0, slotBlendAlpha, nullptr, true, nullptr, nullptr, 1.0f);
     }
     // The present step: the last slot, squeezed into the band of 3/4 height.
     rt->copyToSlot(rt->slotCount - 1);
     glClearColor(0, 0, 0, 0);
     glClear(GL_COLOR_BUFFER_BIT);
     glViewport(0, int(240 * 0.125), 320, int(240 * 0.75));
-    rt->drawSlot(rt->slotCount - 1, 0, nullptr, true, nullptr, nullptr, 1.0f);
+    rt->drawSlot(rt->slotCount - 1, slotBlendOff, nullptr, true, nullptr, nullptr, 1.0f);
     glViewport(0, 0, 320, 240);
   }
   EXPECT_TRUE(testgl::drainErrors().empty());

@@ -7,6 +7,7 @@
 #include <cmath>
 
 #include "WorldTestHelpers.h"
+#include "render/GLErrors.h"
 
 namespace {
 
@@ -340,11 +341,28 @@ TEST(Light, LightModelValuesAreRejectedByGlOnPurpose) {
   Mesh mesh;
   mesh.light()->enabled = true;
   testgl::drainErrors();
+  setGLErrorChecks(false);  // the refused calls' errors then stay pending, to be seen here
   int counter = 0;
   applyLight(mesh, &counter);
   const std::vector<unsigned> errors = testgl::drainErrors();
+  setGLErrorChecks(true);
   ASSERT_FALSE(errors.empty());
   EXPECT_EQ(errors.front(), unsigned(GL_INVALID_ENUM));
+}
+
+// With the error checks on, the refused calls' own errors are dropped:
+// nothing is reported and nothing stays pending.
+TEST(Light, RefusedLightModelCallsAreNoReportedErrors) {
+  REQUIRE_WORLD_GL();
+  Mesh mesh;
+  mesh.light()->enabled = true;
+  setGLErrorChecks(true);
+  testgl::drainErrors();
+  const int32_t reportedBefore = reportedGLErrorCount();
+  int counter = 0;
+  applyLight(mesh, &counter);
+  EXPECT_TRUE(testgl::drainErrors().empty());
+  EXPECT_EQ(reportedGLErrorCount(), reportedBefore);
 }
 
 TEST(Light, TextureMatrixTakesTheLightAxisToTheMapCentre) {

@@ -261,7 +261,7 @@ TEST(WorldRender, SceneFramePatternRunsCleanly) {
   targets.beginTarget(slot + 1, true, false);
   glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
   glEnable(GL_DEPTH_TEST);
-  s.world.render(s.camera.get(), 0, true, 1, false, &targets, true, true, true, true);
+  s.world.render(s.camera.get(), &targets, WorldRenderOptions::glowSource());
   targets.lowResolution = 1;
   targets.endTarget();
   targets.copyToSlot(slot + 1);
@@ -270,18 +270,18 @@ TEST(WorldRender, SceneFramePatternRunsCleanly) {
   targets.beginTarget(slot, false, false);
   glClear(GL_COLOR_BUFFER_BIT);
   glDisable(GL_DEPTH_TEST);
-  targets.glowPass(slot + 1, 0.45f, 8, 0.1f, 0.1f, 1, 0, 0, 0, 0, 0, true, 0, 1.5f, 1);
+  targets.glowPass(slot + 1, GlowOptions::sceneGlow(0.45f, 8, 1, 0, 0, 1.5f, 1));
   targets.endTarget();
   targets.copyToSlot(slot);
   s.camera->release();
   targets.lowResolution = 0;
 
   glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-  s.world.render(s.camera.get(), 0, false, 0, true, &targets, true, false, false, true);
+  s.world.render(s.camera.get(), &targets, WorldRenderOptions::finalPicture());
   glDisable(GL_DEPTH_TEST);
   s.camera->apply();
   targets.lowResolution = 1;
-  targets.drawSlot(slot, 3, nullptr, true, nullptr, nullptr, 1.0f);
+  targets.drawSlot(slot, slotBlendSquares, nullptr, true, nullptr, nullptr, 1.0f);
   s.camera->release();
   targets.lowResolution = 0;
   EXPECT_EQ(errorsOtherThanLightModel(), 0);

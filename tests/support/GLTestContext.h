@@ -39,7 +39,9 @@ int height();
 // as image files store them.
 std::vector<uint8_t> readPixels(int x, int y, int w, int h);
 
-// Every glGetError code pending, drained; empty when the state is clean.
+// Every GL error code the engine's boundary checks reported since the last
+// drain, then every glGetError code pending, drained; empty when the state is
+// clean.
 std::vector<unsigned> drainErrors();
 
 void swap();

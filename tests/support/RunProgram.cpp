@@ -13,6 +13,12 @@
 
 namespace testrun {
 
+namespace {
+// Programs run by tests report every GL error at their pass boundaries
+// (unless the environment says otherwise), as debug builds do.
+const bool glErrorsReported = setenv("OSTRAVINE_GL_ERRORS", "1", 0) == 0;
+}  // namespace
+
 Result run(const std::string& command, const std::string& directory, int timeoutSeconds) {
   Result r;
   int outPipe[2], errPipe[2];
