@@ -5,6 +5,9 @@
 #include "core/Globals.h"
 #include "scenes/ProductionScenes.h"
 #include "scenes/SceneBordersMeetus.h"
+#include "scenes/SceneBordersRollin.h"
+#include "scenes/SceneBordersRollout.h"
+#include "scenes/SceneBordersRollus.h"
 #include "scenes/ScenePerforme.h"
 
 TEST(ProductionScenes, IndexZeroIsTheOpeningAndSevenTheCubeField) {
@@ -25,4 +28,21 @@ TEST(ProductionScenes, IndexZeroIsTheOpeningAndSevenTheCubeField) {
   delete pending;
   delete field;
   delete opening;
+}
+
+TEST(ProductionScenes, TheLastThreeAreTheRollingScenes) {
+  REQUIRE_GL(scenetest::width, scenetest::height);
+  Demo* demo = &scenetest::demo();
+  Scene* rollin = makeProductionScene(demo, 8, "bordersRolin");
+  Scene* rollout = makeProductionScene(demo, 9, "bordersRolout");
+  Scene* rollus = makeProductionScene(demo, 10, "bordersRollus");
+  EXPECT_NE(dynamic_cast<SceneBordersRollin*>(rollin), nullptr);
+  EXPECT_NE(dynamic_cast<SceneBordersRollout*>(rollout), nullptr);
+  EXPECT_NE(dynamic_cast<SceneBordersRollus*>(rollus), nullptr);
+  EXPECT_EQ(rollin->name, "bordersRolin") << "spelled so";
+  EXPECT_EQ(rollout->name, "bordersRolout") << "spelled so";
+  EXPECT_EQ(static_cast<SceneBordersRollus*>(rollus)->demo, demo);
+  delete rollus;
+  delete rollout;
+  delete rollin;
 }

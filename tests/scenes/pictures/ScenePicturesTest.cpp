@@ -1,5 +1,5 @@
-// Frames of the opening and of the cube field, played by the executable from
-// each scene's start on a fixed clock (so that what is integrated over steps,
+// Frames of the scenes, each played by the executable from its start on a
+// fixed clock (so that what is integrated over steps,
 // the motes, is the same every run), compared with reference pictures.
 #include <gtest/gtest.h>
 
@@ -34,13 +34,15 @@ std::string scratchDirectory(const std::string& name) {
   return sub;
 }
 
-void playAndCompare(const std::string& sceneName, int fps, int fromMs, const std::vector<int>& shots) {
+// `size`: the display option, "-res:256" (256 x 192) or "--size 256x144".
+void playAndCompare(const std::string& sceneName, int fps, int fromMs, const std::vector<int>& shots,
+                    const std::string& size = "-res:256") {
   setenv("SDL_AUDIODRIVER", "dummy", 1);
   setenv("SDL12COMPAT_OPENGL_SCALING", "0", 1);
   const std::string dir = scratchDirectory(sceneName);
   std::string list;
   for (int ms : shots) list += (list.empty() ? "" : ",") + std::to_string(ms);
-  const std::string args = "-nomusic --windowed -res:256 --fixed-fps " + std::to_string(fps) + " --from " +
+  const std::string args = "-nomusic --windowed " + size + " --fixed-fps " + std::to_string(fps) + " --from " +
                            std::to_string(fromMs) + " --capture " + dir + " --shots " + list;
   const testrun::Result r = testrun::runOstravine(args, 300);
   ASSERT_FALSE(r.timedOut);
@@ -63,3 +65,19 @@ TEST(ScenePictures, OpeningWithTheMakerTitles) {
 
 // Just after the first flash, the swarm before the slab, and the end.
 TEST(ScenePictures, CubeField) { playAndCompare("bordersMeetus", 5, 135000, {135800, 145000, 153000, 164500}); }
+
+// The rolling bars: early, on the swing, and near the end.
+TEST(ScenePictures, RollingBars) {
+  playAndCompare("bordersRolin", 10, 187300, {188000, 195000, 205000, 216000}, "--size 256x144");
+}
+
+// The column of slats, ten seconds into its own time from the first frame.
+TEST(ScenePictures, ColumnOfSlats) {
+  playAndCompare("bordersRolout", 10, 217500, {219000, 225000, 232000}, "--size 256x144");
+}
+
+// The grid coming apart, the flash fading into the title, the wobble dying
+// away, and the fade to black behind the title.
+TEST(ScenePictures, TheEnd) {
+  playAndCompare("bordersRollus", 10, 232500, {236000, 244000, 248500, 250000, 254500}, "--size 256x144");
+}
