@@ -2,6 +2,7 @@
 #include "geometry/Ac3dConverter.h"
 
 #include <cerrno>
+#include <climits>
 #include <cmath>
 #include <cstdlib>
 #include <fstream>
@@ -244,7 +245,8 @@ private:
 
   bool readCount(const std::vector<Token> &tokens, const char *what, long *count) {
     if (tokens.size() < 2 || !parseInt(tokens[1].text, count) || *count < 0)
-      return fail(std::string("bad count after ") + what + " in '" + ac3dExcerpt(line_) + "'");
+      return fail(std::string("bad count in '") + ac3dExcerpt(line_) + "': " + what +
+                  " takes a whole number from 0 to " + std::to_string(LONG_MAX));
     return true;
   }
 
@@ -379,11 +381,11 @@ bool Reader::misplaced(const std::vector<Token> &tokens, size_t objectLine) {
                 std::to_string(objectLine) + " (kids missing or misspelt?)");
   if (key == "MATERIAL") return fail("a MATERIAL line" + where + ", where materials cannot be");
   if (key == "SURF" || key == "mat" || key == "refs")
-    return fail("a surface line '" + ac3dExcerpt(line_) + "'" + where +
-                " outside a surface list (numsurf missing or misspelt?)");
+    return fail("a surface line '" + ac3dExcerpt(line_) + "' outside a surface list" + where +
+                " (numsurf missing or misspelt?)");
   if (isNumberLine(tokens))
-    return fail("a line of numbers '" + ac3dExcerpt(line_) + "'" + where +
-                " outside a vertex or reference list (numvert or refs missing or misspelt?)");
+    return fail("a line of numbers '" + ac3dExcerpt(line_) + "' outside a vertex or reference list" +
+                where + " (numvert or refs missing or misspelt?)");
   return true;
 }
 

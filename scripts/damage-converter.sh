@@ -190,6 +190,7 @@ for source in assets/models/*.ac; do
     rss2=$(cat "$work/rss" 2>/dev/null | tail -n 1)
     set -e
     ran=$((ran + 1))
+    ((ran % 500)) || echo "... $ran variants" >&2
     # GNU time adds its own line to the file on a signal; the number is last.
     rss=${rss##* }; rss2=${rss2##* }
     if [[ $rss =~ ^[0-9]+$ ]] && ((rss > peak_sanitized)); then peak_sanitized=$rss peak_sanitized_at=$name; fi
