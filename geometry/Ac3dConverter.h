@@ -38,7 +38,22 @@ enum Ac3dResult {
 };
 
 // Parses a whole AC3D text. Messages (damage, what is not carried) go to
-// `messages`, each naming `sourceName` and, where it applies, the line.
+// `messages`, each naming `sourceName` and, where it applies, the line; what
+// they quote from the file is a short printable excerpt.
+//
+// Damage (ac3dDamaged, with the first problem's line):
+// - a count (numvert, numsurf, refs, kids, data) larger than the rest of the
+//   file can hold, refused at its own line before anything is reserved, so
+//   memory stays bounded by the file's size;
+// - a surface, material, OBJECT or number line where an object's own lines
+//   are expected: the mark of a misspelt numvert or numsurf or a missing kids
+//   line (other unknown tokens are skipped with a note);
+// - a file that ends before its first OBJECT (cut in its material list), or
+//   anywhere inside an object;
+// - bad numbers, references outside the vertex list, a second numvert or
+//   numsurf, nesting deeper than 64.
+// The counts of dropped surfaces that it reports are those of the converted
+// object alone.
 int parseAc3d(const std::string &text, const std::string &sourceName, Ac3dObject &object,
               std::ostream &messages);
 
@@ -46,7 +61,8 @@ int parseAc3d(const std::string &text, const std::string &sourceName, Ac3dObject
 int readAc3d(const std::string &sourceName, Ac3dObject &object, std::ostream &messages);
 
 // The source-code dump: objectName, location, creaseAngle, numVert,
-// numTriangles, vertices, triangleIndices, verticeTextureCoords.
+// numTriangles, vertices, triangleIndices, verticeTextureCoords. The name is
+// escaped for a C string literal (quote, backslash, non-printable bytes, "??").
 std::string ac3dSourceDump(const Ac3dObject &object);
 
 // Converts sourceName into targetName. binary: the ".a3d" form with
@@ -57,6 +73,11 @@ std::string ac3dSourceDump(const Ac3dObject &object);
 // error. Returns an Ac3dResult; nothing is written unless it is ac3dOk.
 int convertAc3d(const std::string &sourceName, const std::string &targetName, bool binary,
                 int positionQuantisation, int texCoordQuantisation);
+
+// At most `limit` bytes of `text` with every byte outside printable ASCII
+// (and the backslash) written as \xNN, and "..." when it was cut: what the
+// messages quote from a file.
+std::string ac3dExcerpt(const std::string &text, size_t limit = 40);
 
 // The size of the binary writer's buffer.
 constexpr size_t ac3dBufferSize = 2000000;

@@ -9,6 +9,7 @@
 namespace {
 
 constexpr png_uint_32 maxImageSide = 32768;
+constexpr size_t pngSignatureSize = 8;
 
 struct FileCloser {
   void operator()(FILE* file) const { std::fclose(file); }
@@ -88,10 +89,13 @@ int readPngImage(const std::string& path, std::vector<uint8_t>& outPixels, int32
   FileHandle file(std::fopen(path.c_str(), "rb"));
   if (!file) return 1;
 
-  // A file shorter than the 4 signature bytes compares as a mismatch.
-  png_byte signature[4] = {0, 0, 0, 0};
-  if (std::fread(signature, 1, 4, file.get()) != 4) return 5;
-  if (png_sig_cmp(signature, 0, 4) != 0) return 5;
+  // All 8 signature bytes are compared: the last four (CR LF, 0x1A, LF) are
+  // what tells a PNG from a file mangled by line-end conversion or cut short,
+  // and a file that fails here is "not supported", not a libpng error. A file
+  // too short to hold the whole signature is not a PNG either.
+  png_byte signature[pngSignatureSize] = {0, 0, 0, 0, 0, 0, 0, 0};
+  if (std::fread(signature, 1, pngSignatureSize, file.get()) != pngSignatureSize) return 5;
+  if (png_sig_cmp(signature, 0, pngSignatureSize) != 0) return 5;
 
   png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
   if (!png) return 6;
@@ -107,7 +111,7 @@ int readPngImage(const std::string& path, std::vector<uint8_t>& outPixels, int32
   }
 
   png_init_io(png, file.get());
-  png_set_sig_bytes(png, 4);
+  png_set_sig_bytes(png, int(pngSignatureSize));
   if (!decodeWholeImage(png, info)) {
     png_destroy_read_struct(&png, &info, &endInfo);
     return 6;

@@ -16,8 +16,9 @@
 // outPixels holds outWidth x outHeight x 4 bytes; on failure the outputs are
 // left as they were.
 //   1  the file does not open for reading
-//   5  fewer than 4 bytes, a signature that is not PNG's, or a file that is
-//      not 8-bit RGB or RGBA (palette, grey, grey+alpha, 16-bit)
+//   5  not a PNG: fewer than 8 bytes, or a signature that differs from PNG's
+//      in any of its 8 bytes; or a PNG that is not 8-bit RGB or RGBA
+//      (palette, grey, grey+alpha, 16-bit)
 //   6  libpng could not start, or reported an error (a damaged or truncated
 //      body, or a side above 32768 pixels, more than any texture can take)
 int readPngImage(const std::string& path, std::vector<uint8_t>& outPixels, int32_t& outWidth,

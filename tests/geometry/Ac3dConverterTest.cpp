@@ -338,6 +338,245 @@ TEST(Ac3dConverterTest, DeeplyNestedKidsAreRefusedRatherThanRecursingWithoutEnd)
   EXPECT_EQ(ac3dDamaged, p.result);
 }
 
+// --- counts the file cannot hold -----------------------------------------------------
+
+namespace {
+
+// The simple file with one line replaced; the damage is expected at `line`.
+struct CountCase {
+  const char *name;
+  std::string text;
+  int line;
+};
+
+std::string withCount(const std::string &what, const std::string &with) {
+  std::string text = simpleFile();
+  text.replace(text.find(what), what.size(), with);
+  return text;
+}
+
+}  // namespace
+
+class Ac3dImpossibleCount : public ::testing::TestWithParam<CountCase> {};
+
+TEST_P(Ac3dImpossibleCount, IsDamageAtItsOwnLineBeforeAnythingIsReserved) {
+  // Reserving for these counts would abort with an allocation error or grow
+  // to gigabytes; they are refused at the count's line instead.
+  const Parsed p = parse(GetParam().text);
+  EXPECT_EQ(ac3dDamaged, p.result) << p.messages;
+  EXPECT_NE(std::string::npos, p.messages.find("test.ac:" + std::to_string(GetParam().line) + ": damaged"))
+      << p.messages;
+  EXPECT_NE(std::string::npos, p.messages.find("bytes left in the file")) << p.messages;
+  EXPECT_EQ(0, p.object.vertexCount());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, Ac3dImpossibleCount,
+    ::testing::Values(
+        CountCase{"numvert_billions", withCount("numvert 5", "numvert 4000000000"), 6},
+        CountCase{"numvert_64bit", withCount("numvert 5", "numvert 9223372036854775807"), 6},
+        CountCase{"numvert_hex", withCount("numvert 5", "numvert 0x7fffffffffffffff"), 6},
+        CountCase{"numvert_just_too_many", withCount("numvert 5", "numvert 50"), 6},
+        CountCase{"numsurf_billions", withCount("numsurf 2", "numsurf 3000000000"), 12},
+        CountCase{"refs_billions", withCount("refs 4", "refs 2147483648"), 15},
+        CountCase{"refs_64bit", withCount("refs 3", "refs 0x7FFFFFFFFFFFFFF0"), 22},
+        CountCase{"kids_billions", withCount("kids 0", "kids 1000000000"), 26},
+        CountCase{"data_longer_than_the_file", withCount("crease", "data 9000000000\ncrease"), 5}),
+    [](const ::testing::TestParamInfo<CountCase> &info) { return std::string(info.param.name); });
+
+TEST(Ac3dConverterTest, ACountIsRefusedOnlyWhenTheRestOfTheFileCannotHoldIt) {
+  // Five vertices of the shortest form, the last without a line end, hold
+  // 29 bytes: numvert 5 is possible (the file then ends inside the object),
+  // numvert 6 is not.
+  const std::string head = "AC3Db\nOBJECT poly\ncrease 1\n";
+  const std::string five = "0 0 0\n0 0 0\n0 0 0\n0 0 0\n0 0 0";
+  const Parsed possible = parse(head + "numvert 5\n" + five);
+  EXPECT_EQ(ac3dDamaged, possible.result);
+  EXPECT_NE(std::string::npos, possible.messages.find("ends inside the object")) << possible.messages;
+  const Parsed impossible = parse(head + "numvert 6\n" + five);
+  EXPECT_EQ(ac3dDamaged, impossible.result);
+  EXPECT_NE(std::string::npos, impossible.messages.find("test.ac:4: damaged AC3D file: numvert 6: the 29 bytes "
+                                                        "left in the file hold at most 5 vertices"))
+      << impossible.messages;
+}
+
+// --- structural lines where the grammar does not allow them --------------------------------
+
+namespace {
+
+// A parent with the simple object as its one kid: line 3 is "kids 1", the
+// kid's lines follow from line 4.
+std::string parentFile() {
+  return std::string("AC3Db\nOBJECT world\nkids 1\n") + simpleObject;
+}
+
+struct MisplacedCase {
+  const char *name;
+  std::string text;
+  int line;             // where the damage is reported
+  const char *message;  // part of it
+};
+
+}  // namespace
+
+class Ac3dMisplacedLine : public ::testing::TestWithParam<MisplacedCase> {};
+
+TEST_P(Ac3dMisplacedLine, IsDamageNamingTheLine) {
+  const Parsed p = parse(GetParam().text);
+  EXPECT_EQ(ac3dDamaged, p.result) << p.messages;
+  EXPECT_NE(std::string::npos, p.messages.find("test.ac:" + std::to_string(GetParam().line) + ": damaged"))
+      << p.messages;
+  EXPECT_NE(std::string::npos, p.messages.find(GetParam().message)) << p.messages;
+  EXPECT_EQ(0, p.object.triangleCount());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, Ac3dMisplacedLine,
+    ::testing::Values(
+        // numsurf spelt wrong: its SURF line is met among the object's lines.
+        MisplacedCase{"numsurf_misspelt", withCount("numsurf 2", "numsurg 2"), 13, "'SURF 0x10'"},
+        // numvert spelt wrong: the first vertex line is a bare number line.
+        MisplacedCase{"numvert_misspelt", withCount("numvert 5", "nunvert 5"), 7, "'0 0 0'"},
+        // SURF spelt wrong inside the surface list.
+        MisplacedCase{"surf_misspelt", withCount("SURF 0x0", "SUFR 0x0"), 20, "expected SURF"},
+        // refs spelt wrong: its first reference is not a mat or refs line.
+        MisplacedCase{"refs_misspelt", withCount("refs 3", "rafs 3"), 22, "expected mat or refs"},
+        // The parent's kids line missing: the kid would become its body.
+        MisplacedCase{"parent_kids_missing", [] {
+                        std::string t = parentFile();
+                        t.erase(t.find("kids 1\n"), 7);
+                        return t;
+                      }(), 3, "OBJECT line before the kids line of the object of line 2"},
+        // The parent's kids line spelt wrong: the same, after a skipped token.
+        MisplacedCase{"parent_kids_misspelt", [] {
+                        std::string t = parentFile();
+                        t.replace(t.find("kids 1\n"), 7, "kisd 1\n");
+                        return t;
+                      }(), 4, "OBJECT line before the kids line"},
+        // A kid without its kids line followed by a sibling.
+        MisplacedCase{"kid_kids_missing", [] {
+                        std::string t = "AC3Db\nOBJECT world\nkids 2\n" + std::string(simpleObject) +
+                                        simpleObject;
+                        t.erase(t.find("kids 0\n"), 7);
+                        return t;
+                      }(), 28, "OBJECT line before the kids line of the object of line 4"},
+        MisplacedCase{"material_inside_an_object", withCount("crease", "MATERIAL \"m\" rgb 1 1 1\ncrease"), 5,
+                      "MATERIAL line"},
+        MisplacedCase{"mat_outside_a_surface", withCount("crease", "mat 0\ncrease"), 5, "'mat 0'"},
+        MisplacedCase{"second_numsurf", withCount("kids 0", "numsurf 0\nkids 0"), 26, "second numsurf"}),
+    [](const ::testing::TestParamInfo<MisplacedCase> &info) { return std::string(info.param.name); });
+
+TEST(Ac3dConverterTest, AFileCutInItsMaterialListIsTruncatedNotEmpty) {
+  const std::string materials =
+      "AC3Db\n"
+      "MATERIAL \"white\" rgb 1 1 1  amb 0.2 0.2 0.2  emis 0 0 0  spec 0.5 0.5 0.5  shi 10  trans 0\n"
+      "MATERIAL \"red\" rgb 1 0 0  amb 0.2 0.2 0.2  emis 0 0 0  spec 0.5 0.5 0.5  shi 10  trans 0\n";
+  for (const std::string &text :
+       {materials, materials.substr(0, materials.size() - 30), std::string("AC3Db\n"), std::string("AC3Db")}) {
+    const Parsed p = parse(text);
+    EXPECT_EQ(ac3dDamaged, p.result) << text;
+    EXPECT_NE(std::string::npos, p.messages.find("the file ends before its first OBJECT")) << p.messages;
+  }
+}
+
+TEST(Ac3dConverterTest, UnknownTokensAreStillSkippedAmongTheObjectsLines) {
+  // The check for misplaced lines leaves other unknown words alone.
+  std::string text = simpleFile();
+  text.insert(text.find("numvert"), "shader \"glass\" 2\nxyz 0 0\n");
+  text.insert(text.find("kids 0"), "Crease 30\n");
+  const Parsed p = parse(text);
+  ASSERT_EQ(ac3dOk, p.result) << p.messages;
+  EXPECT_EQ(3, p.object.triangleCount());
+  EXPECT_NE(std::string::npos, p.messages.find("unknown token 'Crease'")) << p.messages;
+}
+
+// --- what messages quote ----------------------------------------------------------------
+
+TEST(Ac3dConverterTest, ExcerptsAreShortAndPrintable) {
+  EXPECT_EQ("abc", ac3dExcerpt("abc"));
+  EXPECT_EQ("a\\x00b\\xff\\x5c\\x0a", ac3dExcerpt(std::string("a\0b\xff\\\n", 6)));
+  EXPECT_EQ("abcd...", ac3dExcerpt("abcdefgh", 4));
+  EXPECT_EQ(std::string(40, 'x') + "...", ac3dExcerpt(std::string(1 << 20, 'x')));
+}
+
+namespace {
+
+bool allPrintable(const std::string &text) {
+  for (char c : text)
+    if (c != '\n' && (static_cast<unsigned char>(c) < 0x20 || static_cast<unsigned char>(c) >= 0x7f)) return false;
+  return true;
+}
+
+}  // namespace
+
+TEST(Ac3dConverterTest, MessagesQuoteNoLongLinesAndNoBinaryBytes) {
+  std::string binary(1 << 20, 'q');
+  for (size_t i = 0; i < binary.size(); i += 97) binary[i] = char(0x80 + i % 100);
+  binary[5] = '\0';
+  // An unknown token, a bad vertex, a bad count, a bad reference, a bad
+  // surface line and a name in a note, each holding the megabyte token.
+  const std::vector<std::string> cases = {
+      withCount("crease", binary + "\ncrease"),
+      withCount("0.5 2 0", "0.5 2 " + binary),
+      withCount("numsurf 2", "numsurf " + binary),
+      withCount("4 0.5 0", "4 " + binary + " 0"),
+      withCount("SURF 0x0", binary),
+      withCount("name \"simple\"", "name \"" + binary + "\"\nrot 0 1 0 1 0 0 0 0 1"),
+  };
+  for (size_t i = 0; i < cases.size(); ++i) {
+    const Parsed p = parse(cases[i]);
+    EXPECT_FALSE(p.messages.empty()) << i;
+    EXPECT_LT(p.messages.size(), 1000u) << i;
+    EXPECT_TRUE(allPrintable(p.messages)) << i << ": " << p.messages.substr(0, 300);
+  }
+}
+
+TEST(Ac3dConverterTest, NotesAboutSingleLinesStopAfterTheFirstFewAndAreCounted) {
+  std::string text = simpleFile();
+  std::string unknown;
+  for (int i = 0; i < 1000; ++i) unknown += "shader " + std::to_string(i) + "\n";
+  text.insert(text.find("crease"), unknown);
+  const Parsed p = parse(text);
+  ASSERT_EQ(ac3dOk, p.result);
+  EXPECT_LT(p.messages.size(), 2000u) << p.messages;
+  EXPECT_EQ(std::string::npos, p.messages.find("test.ac:100:"));
+  EXPECT_NE(std::string::npos, p.messages.find("990 more lines skipped or noted")) << p.messages;
+}
+
+// --- the scope of the dropped counts ------------------------------------------------------
+
+TEST(Ac3dConverterTest, DroppedSurfacesAreCountedForTheConvertedObjectOnly) {
+  // The second object has line surfaces and a pentagon of its own; they are
+  // not part of the converted model and do not enter its counts.
+  std::string text = modellerFile();
+  const std::string extra =
+      "SURF 0x1\r\nmat 0\r\nrefs 2\r\n0 0 0\r\n1 0 0\r\n"
+      "SURF 0x2\r\nmat 0\r\nrefs 2\r\n0 0 0\r\n1 0 0\r\n"
+      "SURF 0x0\r\nmat 0\r\nrefs 5\r\n0 0 0\r\n1 0 0\r\n2 0 0\r\n0 0 0\r\n1 0 0\r\n"
+      "SURF 0x4\r\nmat 0\r\nrefs 3\r\n0 0 0\r\n1 0 0\r\n2 0 0\r\n";
+  text.replace(text.find("numsurf 1\r\n"), 11, "numsurf 5\r\n" + extra);
+  const Parsed p = parse(text);
+  ASSERT_EQ(ac3dOk, p.result) << p.messages;
+  EXPECT_NE(std::string::npos, p.messages.find("2 line surfaces dropped from object \"tri\"")) << p.messages;
+  EXPECT_EQ(std::string::npos, p.messages.find("4 line surfaces")) << p.messages;
+  EXPECT_EQ(std::string::npos, p.messages.find("polygons without")) << p.messages;
+  EXPECT_EQ(std::string::npos, p.messages.find("unknown type")) << p.messages;
+}
+
+TEST(Ac3dConverterTest, DropsInAnObjectBeforeTheConvertedOneAreNotReported) {
+  // The first object has no crease line, so the second one is converted.
+  const std::string text =
+      "AC3Db\nOBJECT world\nkids 2\n"
+      "OBJECT poly\nnumvert 3\n0 0 0\n1 0 0\n0 1 0\nnumsurf 1\nSURF 0x1\nrefs 3\n0 0 0\n1 0 0\n2 0 0\nkids 0\n"
+      "OBJECT poly\nname \"good\"\ncrease 30\nnumvert 3\n0 0 0\n1 0 0\n0 1 0\nnumsurf 1\n"
+      "SURF 0x0\nrefs 3\n0 0 0\n1 0 0\n2 0 0\nkids 0\n";
+  const Parsed p = parse(text);
+  ASSERT_EQ(ac3dOk, p.result) << p.messages;
+  EXPECT_EQ("good", p.object.objectName);
+  EXPECT_EQ(1, p.object.triangleCount());
+  EXPECT_EQ(std::string::npos, p.messages.find("dropped")) << p.messages;
+}
+
 // --- writers -----------------------------------------------------------------------------
 
 TEST(Ac3dConverterTest, SourceDumpHasTheLiteralPiecesInOrder) {
@@ -376,6 +615,48 @@ TEST(Ac3dConverterTest, SourceDumpHasTheLiteralPiecesInOrder) {
       "};\n";
   EXPECT_EQ(expected, ac3dSourceDump(o));
 }
+
+TEST(Ac3dConverterTest, SourceDumpEscapesTheNameForACStringLiteral) {
+  Ac3dObject o;
+  o.objectName = "a\"b\\c\td\n\x01\xe9" "7?\?=z";
+  o.vertices = {0, 0, 0};
+  o.verticeTextureCoords = {0, 0};
+  const std::string dump = ac3dSourceDump(o);
+  EXPECT_EQ(0u, dump.find("static const char *objectName = \"a\\\"b\\\\c\\011d\\012\\001\\3517?\\?=z\";\n"))
+      << dump.substr(0, 80);
+}
+
+#ifdef TEST_C_COMPILER
+TEST(Ac3dConverterTest, SourceDumpOfAHostileNameCompilesAndKeepsTheName) {
+  // The dump, compiled with a main that writes the name back out, gives the
+  // bytes of the name: quotes, backslashes, control and high bytes, trigraphs.
+  const std::string name = "q\"uote\\back\\\"slash\t\r\n\x7f\xff\x80" "0?\?/end?\?=";
+  // The reader ends a quoted name at its first quote, so the object read
+  // from the file is given the name directly.
+  Ac3dObject o;
+  std::ostringstream messages;
+  ASSERT_EQ(ac3dOk, parseAc3d(simpleFile(), "test.ac", o, messages));
+  o.objectName = name;
+  const std::string dump = writeText("hostile_dump.c", ac3dSourceDump(o));
+  const std::string mainFile = writeText(
+      "hostile_main.c",
+      "#include <stdio.h>\n#include <string.h>\n#include \"hostile_dump.c\"\n"
+      "int main(void) {\n"
+      "  fwrite(objectName, 1, strlen(objectName), stdout);\n"
+      "  return numVert == 5 && numTriangles == 3 && vertices[4][1] == 2.0f &&\n"
+      "         triangleIndices[2][2] == 4 && verticeTextureCoords[3][0] == 0.25f &&\n"
+      "         location[2] == 3.0f && creaseAngle == 30.0f ? 0 : 1;\n"
+      "}\n");
+  const std::string program = tempPath("hostile_dump");
+  const testrun::Result compiled = testrun::run(std::string(TEST_C_COMPILER) + " -std=c99 -trigraphs -Wall -Werror -o " +
+                                                    program + " " + mainFile,
+                                                tempPath(""));
+  ASSERT_EQ(0, compiled.exitStatus) << compiled.err;
+  const testrun::Result ran = testrun::run(program, ".");
+  EXPECT_EQ(0, ran.exitStatus);
+  EXPECT_EQ(name, ran.out);
+}
+#endif
 
 TEST(Ac3dConverterTest, ConvertWritesTheSourceDump) {
   const std::string source = writeText("simple.ac", simpleFile());
@@ -475,6 +756,47 @@ TEST(A3dconvToolTest, DamagedInputGivesAMessageAndANonZeroExit) {
   EXPECT_EQ(0, r.signal);
   EXPECT_NE(std::string::npos, r.err.find("vertex reference 99")) << r.err;
   EXPECT_FALSE(std::filesystem::exists(target));
+}
+
+TEST(A3dconvToolTest, HostileFilesGiveTheDamagedStatus) {
+  const std::vector<std::pair<const char *, std::string>> cases = {
+      {"huge_count", replaced("numvert 5", "numvert 9223372036854775807")},
+      {"huge_refs", replaced("refs 4", "refs 4294967296")},
+      {"misspelt_numsurf", replaced("numsurf 2", "numsurf2")},
+      {"cut_materials", "AC3Db\nMATERIAL \"white\" rgb 1 1 1  amb 0.2"},
+  };
+  for (const auto &c : cases) {
+    const std::string source = writeText(std::string("tool_") + c.first + ".ac", c.second);
+    const std::string target = tempPath(std::string("tool_") + c.first + ".a3d");
+    std::filesystem::remove(target);
+    const testrun::Result r = testrun::run(std::string(A3DCONV_EXECUTABLE) + " " + source + " " + target, ".");
+    EXPECT_EQ(3, r.exitStatus) << c.first << ": " << r.err;
+    EXPECT_EQ(0, r.signal) << c.first;
+    EXPECT_NE(std::string::npos, r.err.find("damaged AC3D file")) << c.first << ": " << r.err;
+    EXPECT_FALSE(std::filesystem::exists(target)) << c.first;
+  }
+}
+
+#if defined(__SANITIZE_ADDRESS__)
+#define OSTRAVINE_UNDER_ASAN 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define OSTRAVINE_UNDER_ASAN 1
+#endif
+#endif
+
+TEST(A3dconvToolTest, AnImpossibleCountIsRefusedWithinASmallAddressSpace) {
+#ifdef OSTRAVINE_UNDER_ASAN
+  GTEST_SKIP() << "the address sanitizer needs far more address space than the limit leaves";
+#else
+  // 100 million vertices would reserve 1.2 GB; the limit is 256 MiB.
+  const std::string source = writeText("tool_limit.ac", replaced("numvert 5", "numvert 100000000"));
+  const testrun::Result r = testrun::run(
+      "ulimit -v 262144 && " + std::string(A3DCONV_EXECUTABLE) + " " + source + " " + tempPath("tool_limit.a3d"), ".");
+  EXPECT_EQ(3, r.exitStatus) << r.err;
+  EXPECT_EQ(0, r.signal);
+  EXPECT_NE(std::string::npos, r.err.find("numvert 100000000")) << r.err;
+#endif
 }
 
 TEST(A3dconvToolTest, BinaryGarbageAndBadArgumentsDoNotCrash) {

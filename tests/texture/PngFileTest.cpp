@@ -78,10 +78,12 @@ TEST(PngRead, MissingFileGivesOne) {
   EXPECT_EQ(readPlain(dir).code, 5) << "a directory opens but has no PNG signature";
 }
 
-TEST(PngRead, FewerThanFourBytesGivesFive) {
+TEST(PngRead, FewerThanEightBytesGiveFive) {
+  // Too short to hold the whole signature, even where the bytes there are
+  // right: not a PNG.
   const std::string dir = testpng::scratchDirectory();
   const std::vector<uint8_t> signature = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1a, '\n'};
-  for (size_t n = 0; n < 4; ++n) {
+  for (size_t n = 0; n < 8; ++n) {
     const std::string path = dir + "short" + std::to_string(n) + ".png";
     testpng::writeFile(path, std::vector<uint8_t>(signature.begin(), signature.begin() + n));
     EXPECT_EQ(readPlain(path).code, 5) << n << " bytes";
@@ -98,10 +100,35 @@ TEST(PngRead, OtherSignatureGivesFive) {
   EXPECT_EQ(readPlain(dir + "almost.png").code, 5);
 }
 
-TEST(PngRead, SignatureOnlyGivesSix) {
+TEST(PngRead, DamageInAnyOfTheLastFourSignatureBytesGivesFive) {
+  // A whole, readable image with one of signature bytes 5 to 8 changed, as a
+  // line-end conversion does: "format not supported", not a libpng error.
   const std::string dir = testpng::scratchDirectory();
-  testpng::writeFile(dir + "sig.png", {0x89, 'P', 'N', 'G'});
-  EXPECT_EQ(readPlain(dir + "sig.png").code, 6);
+  ASSERT_TRUE(testpng::writeRgb(dir + "good.png", 2, 2, testpng::pattern(2, 2, 3)));
+  const std::vector<uint8_t> good = testpng::readFile(dir + "good.png");
+  ASSERT_EQ(readPlain(dir + "good.png").code, 0);
+  for (size_t at = 4; at < 8; ++at) {
+    for (uint8_t replacement : {uint8_t(0), uint8_t(good[at] ^ 0x01), uint8_t('\n')}) {
+      if (replacement == good[at]) continue;
+      std::vector<uint8_t> bad = good;
+      bad[at] = replacement;
+      const std::string path = dir + "bad" + std::to_string(at) + ".png";
+      testpng::writeFile(path, bad);
+      const Read r = readPlain(path);
+      EXPECT_EQ(r.code, 5) << "byte " << at + 1 << " set to " << int(replacement);
+      EXPECT_EQ(r.width, -7) << "outputs untouched on failure";
+    }
+  }
+  // A CR LF turned into LF (the signature's purpose) is refused the same way.
+  std::vector<uint8_t> converted = good;
+  converted.erase(converted.begin() + 4);
+  testpng::writeFile(dir + "lf.png", converted);
+  EXPECT_EQ(readPlain(dir + "lf.png").code, 5);
+}
+
+TEST(PngRead, SignatureOnlyGivesSix) {
+  // The whole signature and nothing after it: a PNG cut short.
+  const std::string dir = testpng::scratchDirectory();
   testpng::writeFile(dir + "sig8.png", {0x89, 'P', 'N', 'G', '\r', '\n', 0x1a, '\n'});
   EXPECT_EQ(readPlain(dir + "sig8.png").code, 6);
 }
@@ -112,8 +139,8 @@ TEST(PngRead, TruncatedFilesGiveSixAtEveryLength) {
   const std::vector<uint8_t> whole = testpng::readFile(dir + "whole.png");
   ASSERT_GT(whole.size(), 60u);
   ASSERT_EQ(readPlain(dir + "whole.png").code, 0);
-  // Every cut from just past the signature to just before IEND's end fails cleanly.
-  for (size_t n = 4; n + 12 < whole.size(); n += (n < 80 ? 1 : 7)) {
+  // Every cut from the end of the signature to just before IEND's end fails cleanly.
+  for (size_t n = 8; n + 12 < whole.size(); n += (n < 80 ? 1 : 7)) {
     const std::string path = dir + "cut.png";
     testpng::writeFile(path, std::vector<uint8_t>(whole.begin(), whole.begin() + n));
     Read r = readPlain(path);
