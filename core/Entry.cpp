@@ -116,9 +116,12 @@ int ostravineMain(int argc, char** argv) {
   wallTimer.start();
   int32_t lastWallMs = wallTimer.elapsed();
 
-  // Start-up 8 to 10.
+  // Start-up 8 to 10. The flow charts learn the scenes and the demo time
+  // after the editor has registered its template windows, so that only the
+  // templates a player without the editor lacks are added.
   buildEditorWindows();
   theInput = new InputState();
+  initFlowCharts(demo.allScenes(), &demoTimeSeconds);
   loadScript("ostravine.scr");
 
   // Start-up 11.
