@@ -176,9 +176,13 @@ int ostravineMain(int argc, char** argv) {
     // 8: the frame.
     demo.frame();
 
-    if (player.trace)
+    if (player.trace) {
       printf("trace: position %d offset %d picture %d step %d paused %d\n", demoTimeMs, demo.timeOffset,
              demo.currentTime, demo.timeStep, int(demo.isPaused()));
+      // What the flow charts wrote this frame, one line per chart.
+      for (Block* sink : parameterSinks)
+        if (sink->boundValue) printf("trace: parameter %s %g\n", sink->kindName.c_str() + 3, double(*sink->boundValue));
+    }
 
     // 9: grain over the picture, inside the viewport the frame left.
     drawGrainOverlay(*demo.textures, screenWidth, screenHeight);
