@@ -407,3 +407,11 @@ int saveScript(const std::string& fileName) {
   out.flush();
   return out ? 0 : 1;
 }
+
+ScriptKeyAction scriptKeyAction(bool leftControl, bool leftShift, bool s, bool sLastFrame, bool l,
+                                bool lLastFrame) {
+  if (!leftControl || !leftShift) return ScriptKeyAction::none;
+  if (s && !sLastFrame) return ScriptKeyAction::save;
+  if (l && !lLastFrame) return ScriptKeyAction::load;
+  return ScriptKeyAction::none;
+}

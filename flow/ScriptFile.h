@@ -47,6 +47,16 @@ int loadScript(const std::string& fileName);
 // written.
 int saveScript(const std::string& fileName);
 
+// The editor's keys for the script: left ctrl + left shift + S saves and
+// left ctrl + left shift + L loads "ostravine.scr". Each acts once per press:
+// on the frame its letter goes down (held now, not held the frame before)
+// while both modifiers are held. Save wins if both letters go down at once.
+// The production's own loop does not call this (its editor is idle); an
+// active editor does, and then runs saveScript or loadScript.
+enum class ScriptKeyAction { none, save, load };
+ScriptKeyAction scriptKeyAction(bool leftControl, bool leftShift, bool s, bool sLastFrame, bool l,
+                                bool lLastFrame);
+
 // The same over streams: readScript clears the charts first, reads until the
 // end of the stream, then runs the chartsLoaded hook.
 void readScript(std::istream& in);

@@ -374,6 +374,20 @@ TEST_F(ScriptTest, TheMouseOverAToolboxEntryDoesNotChangeWhatALoadMakes) {
   EXPECT_EQ(templatePick, 17);
 }
 
+// ---- keys ----
+
+TEST(ScriptKeys, ControlShiftSSavesAndLLoadsOncePerPress) {
+  using A = ScriptKeyAction;
+  EXPECT_EQ(scriptKeyAction(true, true, true, false, false, false), A::save);
+  EXPECT_EQ(scriptKeyAction(true, true, true, true, false, false), A::none);  // still held
+  EXPECT_EQ(scriptKeyAction(true, true, false, false, true, false), A::load);
+  EXPECT_EQ(scriptKeyAction(true, true, false, false, true, true), A::none);
+  EXPECT_EQ(scriptKeyAction(true, false, true, false, true, false), A::none);  // shift missing
+  EXPECT_EQ(scriptKeyAction(false, true, true, false, true, false), A::none);  // control missing
+  EXPECT_EQ(scriptKeyAction(true, true, true, false, true, false), A::save);
+  EXPECT_EQ(scriptKeyAction(true, true, false, false, false, false), A::none);
+}
+
 // ---- files ----
 
 class ScriptFileTest : public ScriptTest {
