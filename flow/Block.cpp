@@ -186,6 +186,8 @@ ConnectionCurve* connectBlocks(Block* source, Block* destination) {
   source->outputs.push_back(destination);
   destination->inputs.push_back(source);
   ConnectionCurve* curve = new ConnectionCurve;
+  curve->curve.points.shrink_to_fit();
+  curve->curve.tangents.shrink_to_fit();
   curve->source = source;
   curve->destination = destination;
   curve->fresh = true;

@@ -18,7 +18,6 @@
 // reachable through them (the normal end is exit() from inside the loop).
 #pragma once
 #include <list>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -82,11 +81,10 @@ struct Block {
 
 // One connection, owned by the `connections` list of its source block.
 struct ConnectionCurve {
-  // The drawn curve, made and filled by the editor (its curveCreated hook);
-  // null in a player without the editor, which never draws it. A Curve
-  // reserves room for a thousand points, so charts read from a big script
-  // would otherwise cost megabytes for nothing.
-  std::unique_ptr<Curve> curve;
+  // The drawn curve; its points are the editor's business. It starts with
+  // no room reserved (a Curve reserves a thousand points, which a chart
+  // read from a big script would pay for every connection).
+  Curve curve{false};
   Block* source = nullptr;
   Block* destination = nullptr;
   int pickName = 0;           // from the curve pick pool below: 100000 and up

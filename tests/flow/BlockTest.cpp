@@ -194,6 +194,8 @@ TEST_F(BlockTest, ConnectKeepsBothListsAndMakesACurvePerConnection) {
   EXPECT_EQ(c2->pickName, 100001);
   EXPECT_EQ(curveOfPick(100001), c2);
   EXPECT_EQ(evaluateBlock(m), 4.0f);  // the value counts twice
+  EXPECT_EQ(c1->curve.count, 0);
+  EXPECT_LT(c1->curve.points.capacity(), 1000u);  // no room reserved until drawn
 }
 
 TEST_F(BlockTest, CurvePickNamesAreReusedLastFreedFirst) {
