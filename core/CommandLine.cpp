@@ -170,7 +170,8 @@ std::string playerHelpText() {
       "                    each position, as DIR/shot-MS.png\n"
       "  --benchmark       print frame-time figures per scheduled scene at the end\n"
       "  --trace           print each frame's clock values (position, rewind offset,\n"
-      "                    picture time, step, paused)\n"
+      "                    picture time, step, paused) and the value of each\n"
+      "                    parameter a flow chart drives\n"
       "\n"
       "Keys: up/down seek 1.5 s, right/left seek 0.1 s, p pauses, escape quits.\n";
 }

@@ -120,11 +120,15 @@ int ostravineMain(int argc, char** argv) {
   wallTimer.start();
   int32_t lastWallMs = wallTimer.elapsed();
 
-  // Start-up 8 to 10. A player built without the editor has no windows to build.
+  // Start-up 8 to 10. The flow charts learn the scenes and the demo time
+  // after the editor has registered its template windows, so that only the
+  // templates a player without the editor lacks are added.
+  // A player built without the editor has no windows to build.
 #ifdef OSTRAVINE_EDITOR
   buildEditorWindows();
 #endif
   theInput = new InputState();
+  initFlowCharts(demo.allScenes(), &demoTimeSeconds);
   loadScript("ostravine.scr");
 
   // Start-up 11.
@@ -179,9 +183,13 @@ int ostravineMain(int argc, char** argv) {
     // 8: the frame.
     demo.frame();
 
-    if (player.trace)
+    if (player.trace) {
       printf("trace: position %d offset %d picture %d step %d paused %d\n", demoTimeMs, demo.timeOffset,
              demo.currentTime, demo.timeStep, int(demo.isPaused()));
+      // What the flow charts wrote this frame, one line per chart.
+      for (Block* sink : parameterSinks)
+        if (sink->boundValue) printf("trace: parameter %s %g\n", sink->kindName.c_str() + 3, double(*sink->boundValue));
+    }
 
     // 9: grain over the picture, inside the viewport the frame left.
     drawGrainOverlay(*demo.textures, screenWidth, screenHeight);

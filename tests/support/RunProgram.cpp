@@ -3,12 +3,14 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <sstream>
 
 namespace testrun {
@@ -81,6 +83,26 @@ Result runOnDisplay(const std::string& command, const std::string& directory, in
 
 Result runOstravine(const std::string& arguments, int timeoutSeconds) {
   return runOnDisplay(std::string("'") + OSTRAVINE_EXECUTABLE + "' " + arguments, OSTRAVINE_RUN_DIR, timeoutSeconds);
+}
+
+std::string scratchRunDirectory(const std::string& name, bool withScript, const std::string& scriptText) {
+  const std::string parent = std::string(OSTRAVINE_BINARY_DIR) + "/rundirs";
+  mkdir(parent.c_str(), 0755);
+  const std::string dir = parent + "/" + name;
+  mkdir(dir.c_str(), 0755);
+  for (const char* folder : {"images", "models", "music"}) {
+    const std::string link = dir + "/" + folder;
+    unlink(link.c_str());
+    if (symlink((std::string(OSTRAVINE_RUN_DIR) + "/" + folder).c_str(), link.c_str()) != 0) return std::string();
+  }
+  const std::string script = dir + "/ostravine.scr";
+  unlink(script.c_str());
+  if (withScript) std::ofstream(script) << scriptText;
+  return dir;
+}
+
+Result runOstravineIn(const std::string& directory, const std::string& arguments, int timeoutSeconds) {
+  return runOnDisplay(std::string("'") + OSTRAVINE_EXECUTABLE + "' " + arguments, directory, timeoutSeconds);
 }
 
 std::vector<std::string> lines(const std::string& text) {

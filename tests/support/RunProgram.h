@@ -27,6 +27,14 @@ Result runOnDisplay(const std::string& command, const std::string& directory, in
 // arguments (a plain string, passed through the shell).
 Result runOstravine(const std::string& arguments, int timeoutSeconds = 120);
 
+// A run directory of its own, OSTRAVINE_BINARY_DIR/rundirs/<name>: the run
+// directory's images, models and music linked in, and as its script either
+// the given text (withScript) or none at all. Made afresh on each call.
+std::string scratchRunDirectory(const std::string& name, bool withScript, const std::string& scriptText = "");
+
+// Runs the ostravine executable in that directory with the given arguments.
+Result runOstravineIn(const std::string& directory, const std::string& arguments, int timeoutSeconds = 120);
+
 // Lines of a text, without their line ends.
 std::vector<std::string> lines(const std::string& text);
 

@@ -1,6 +1,9 @@
 // Frames of the scenes, each played by the executable from its start on a
 // fixed clock (so that what is integrated over steps,
 // the motes, is the same every run), compared with reference pictures.
+// They show the scenes as they build themselves: the run directory here has
+// no script, so neither the shipped parameter defaults nor its flow charts
+// change the picture (tests/production/ScriptProgramTest covers those).
 #include <gtest/gtest.h>
 
 #include <stdlib.h>
@@ -44,7 +47,9 @@ void playAndCompare(const std::string& sceneName, int fps, int fromMs, const std
   for (int ms : shots) list += (list.empty() ? "" : ",") + std::to_string(ms);
   const std::string args = "-nomusic --windowed " + size + " --fixed-fps " + std::to_string(fps) + " --from " +
                            std::to_string(fromMs) + " --capture " + dir + " --shots " + list;
-  const testrun::Result r = testrun::runOstravine(args, 300);
+  const std::string runDir = testrun::scratchRunDirectory("scene_pictures", false);
+  ASSERT_FALSE(runDir.empty());
+  const testrun::Result r = testrun::runOstravineIn(runDir, args, 300);
   ASSERT_FALSE(r.timedOut);
   ASSERT_EQ(r.exitStatus, 0) << r.out << r.err;
   for (int ms : shots) {
