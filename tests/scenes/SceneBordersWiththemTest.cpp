@@ -329,6 +329,19 @@ TEST(SceneBordersWiththem, TheTextShowsOnlyThroughTheGlowSource) {
   testgl::drainErrors();
   EXPECT_GT(differingBytes(glowWith, glowWithout), 200) << "the text stands in the glow source";
   EXPECT_EQ(differingBytes(pictureWith, pictureWithout), 0) << "the picture pass does not draw it";
+  // Through the blur and the glow laid over the picture, it shows in the frame.
+  auto frameWith = [&](Font* with) {
+    d.font = with;
+    s.render(103000, 0);
+    testgl::drainErrors();
+    return testgl::readPixels(0, 0, scenetest::width, scenetest::height);
+  };
+  s.sceneTimeMs = 2000;
+  const std::vector<uint8_t> withText = frameWith(font);
+  s.sceneTimeMs = 2000;
+  const std::vector<uint8_t> withoutText = frameWith(nullptr);
+  d.font = font;
+  EXPECT_GT(differingBytes(withText, withoutText), 1000) << "the text darkens the glow where it stands";
 }
 
 TEST(SceneBordersWiththem, TheFadeIsBlackFromThirtyFiveOn) {
