@@ -19,6 +19,7 @@ class PendingScene : public Scene {
 // built for `demo`, which must stand with its textures, cube map and
 // RenderTarget pool (scenes fetch and size from it); scenes never reach for
 // the process-wide Demo.
-// Index 0 is ScenePerforme, 7 SceneBordersMeetus, 8 to 10 SceneBordersRollin,
+// Index 0 is ScenePerforme, 4 SceneBordersWithyou, 5 SceneBordersWithus,
+// 6 SceneBordersWiththem, 7 SceneBordersMeetus, 8 to 10 SceneBordersRollin,
 // SceneBordersRollout and SceneBordersRollus; the rest are pending.
 Scene* makeProductionScene(Demo* demo, int32_t index, const char* name);

@@ -27,7 +27,11 @@
 //     noiseX = makeNoiseField(6, 100);                 // seeding draws: make them where the design says
 //     noiseY = makeNoiseField(6, 101);
 //     noiseZ = makeNoiseField(6, 102);
-//     addBoxRing(P, G);                                // RingShape for other rings
+//     addBoxRing(P, G);                                // RingShape for other rings (width: thinner boxes)
+//     // Lattices of tumbled models (needles, slivers, sheets) and their colours:
+//     //   addLattice("./models/cube.a3d", LatticeShape(), P, G, ids, homes);
+//     //   applyColourFamilies(families, P, G, ids, 0, count);
+//     //   per frame: placeOnSwarm(ids, 1, homes, noiseX, noiseY, noiseZ, e1, e2, T);
 //     crtSrand(234);
 //     addModelBatch("./models/cube.a3d", 450, P, G, [this](int32_t n, int32_t index, Mesh* cube) {
 //       const int r1 = crtRand();                      // draw first: the callback runs for a missing model too
@@ -82,12 +86,53 @@
 // with the glow material in slot 1. Box i (i in radians) with the draws r1,
 // r2, s1, s2, r3, in that order (r: randomUnit, s: randomSigned):
 //   position (sin(i) (r2 xSpread + xRadius), cos(i) (r1 ySpread + yRadius), 9)
-//   rotation (0, s2 50, s1 20); scale (5, 5, r3 depthSpread + depthBase)
+//   rotation (0, s2 50, s1 20); scale (width, width, r3 depthSpread + depthBase)
 struct RingShape {
   float xSpread = 20.0f, xRadius = 35.0f;
   float ySpread = 20.0f, yRadius = 35.0f;
   float depthSpread = 10.0f, depthBase = 15.0f;
   int32_t count = 100;
+  float width = 5.0f;  // x and y scale of each box
+};
+
+// A tumbled lattice of models: countX x countY x countZ of one model file,
+// x running innermost, then y, then z, one batch, the glow material in slot
+// 1. Element n at lattice cell (x, y, z):
+//   home = ((x - centre.x) homeScale.x, (y - centre.y) homeScale.y, (z - centre.z) homeScale.z)
+//   position = home
+// Draws per element, in this order: r1, r2, r3 = rand(), then `wastedDraws`
+// more numbers drawn and dropped:
+//   rotation ((r2 / 32767 - 0.5) tumbleX - 90, (r1 / 32767 - 0.5) tumbleY, 0), useMatrix true
+//   scale (width, (r3 / 32767 0.05 + 0.2) heightScale, depth)
+// The defaults are the block of tall thin needles (15 x 15 x 2).
+struct LatticeShape {
+  int32_t countX = 15, countY = 15, countZ = 2;
+  Vector3 centre = Vector3(7, 7, 0.5f);
+  Vector3 homeScale = Vector3(0.25f, 0.25f, 0.25f);
+  float tumbleX = 186.0f, tumbleY = 186.0f;
+  float width = 0.01875f, depth = 0.01875f;
+  float heightScale = 4.5f;
+  int32_t wastedDraws = 0;
+  int32_t count() const { return countX * countY * countZ; }
+};
+
+// Warm colour families over a group of objects. For object i of the group:
+//   srand(seedBase + (i / groupSize) mod familyCount), or srand(seedBase) for
+//   every object when groupSize is 0 (all then draw the same colour)
+//   a, b, c = randomSigned(), in this order
+//   glow diffuse    (a 1.65 + 2.5, b 0.85 + 1.1, c 0.34 + 0.5) glowDiffuse
+//   picture diffuse (a 1.2 + 1.66, b 0.44 + 0.64, c 0.23 + 0.36) pictureDiffuse
+//   picture ambient (a 0.4 + 0.5, b 0.4 + 0.5, c 0.4 + 0.5) pictureAmbient
+//   then the four stage-offset draws (picture U, V, glow U, V) of
+//   SceneSkeleton::drawStageOffsets, and glow to slot 1, picture to slot 0.
+// Alphas and the glow ambient stay as the materials hold them.
+struct ColourFamilies {
+  int32_t groupSize = 0;
+  uint32_t seedBase = 1445430;
+  int32_t familyCount = 3;
+  float glowDiffuse = 1.0f;
+  float pictureDiffuse = 1.0f;
+  float pictureAmbient = 1.0f;
 };
 
 // Flares (glares): the sprites that hang round the wandering light, each a

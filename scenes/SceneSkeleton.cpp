@@ -241,8 +241,62 @@ int32_t SceneSkeleton::addBoxRing(const Material& picture, const Material& glow,
                             static_cast<float>(std::cos(angle) * (r1 * shape.ySpread + shape.yRadius)), 9.0f);
     box->rotation = Vector3(0.0f, static_cast<float>(s2 * 50.0), static_cast<float>(s1 * 20.0));
     box->useMatrix = true;
-    box->scale = Vector3(5.0f, 5.0f, static_cast<float>(r3 * shape.depthSpread + shape.depthBase));
+    box->scale = Vector3(shape.width, shape.width, static_cast<float>(r3 * shape.depthSpread + shape.depthBase));
   });
+}
+
+int32_t SceneSkeleton::addLattice(const char* fileName, const LatticeShape& shape, const Material& picture,
+                                  const Material& glow, std::vector<int32_t>& objectIds, std::vector<Vector3>& homes) {
+  return addModelBatch(fileName, shape.count(), picture, glow,
+                       [&](int32_t n, int32_t index, Mesh* element) {
+                         const int32_t x = n % shape.countX;
+                         const int32_t y = (n / shape.countX) % shape.countY;
+                         const int32_t z = n / (shape.countX * shape.countY);
+                         const Vector3 cell(static_cast<float>(x) - shape.centre.x,
+                                            static_cast<float>(y) - shape.centre.y,
+                                            static_cast<float>(z) - shape.centre.z);
+                         const Vector3 home(cell.x * shape.homeScale.x, cell.y * shape.homeScale.y,
+                                            cell.z * shape.homeScale.z);
+                         objectIds.push_back(index);
+                         homes.push_back(home);
+                         // The order of these draws tumbles and sizes the element.
+                         const int r1 = crtRand();
+                         const int r2 = crtRand();
+                         const int r3 = crtRand();
+                         for (int32_t w = 0; w < shape.wastedDraws; ++w) (void)crtRand();  // consumed only
+                         if (!element) return;
+                         element->position = home;
+                         element->rotation =
+                             Vector3(static_cast<float>((r2 / 32767.0 - 0.5) * shape.tumbleX - 90.0),
+                                     static_cast<float>((r1 / 32767.0 - 0.5) * shape.tumbleY), 0.0f);
+                         element->useMatrix = true;
+                         element->scale = Vector3(shape.width,
+                                                  static_cast<float>((r3 / 32767.0 * 0.05 + 0.2) * shape.heightScale),
+                                                  shape.depth);
+                       });
+}
+
+void SceneSkeleton::applyColourFamilies(const ColourFamilies& families, Material& picture, Material& glow,
+                                        const std::vector<int32_t>& objectIds, int32_t first, int32_t count) {
+  for (int32_t i = 0; i < count; ++i) {
+    const uint32_t family =
+        families.groupSize > 0 ? static_cast<uint32_t>((i / families.groupSize) % families.familyCount) : 0u;
+    crtSrand(families.seedBase + family);
+    const double a = randomSigned();
+    const double b = randomSigned();
+    const double c = randomSigned();
+    glow.diffuse = Vector3(static_cast<float>(a * 1.65 + 2.5), static_cast<float>(b * 0.85 + 1.1),
+                           static_cast<float>(c * 0.34 + 0.5)) *
+                   families.glowDiffuse;
+    picture.diffuse = Vector3(static_cast<float>(a * 1.2 + 1.66), static_cast<float>(b * 0.44 + 0.64),
+                              static_cast<float>(c * 0.23 + 0.36)) *
+                      families.pictureDiffuse;
+    picture.ambient = Vector3(static_cast<float>(a * 0.4 + 0.5), static_cast<float>(b * 0.4 + 0.5),
+                              static_cast<float>(c * 0.4 + 0.5)) *
+                      families.pictureAmbient;
+    drawStageOffsets(picture, glow, i);
+    if (first + i < static_cast<int32_t>(objectIds.size())) applyLooks(objectIds[first + i], picture, glow);
+  }
 }
 
 NoiseField* SceneSkeleton::makeNoiseField(int bits, uint32_t seed) {
@@ -313,6 +367,26 @@ Vector3 SceneSkeleton::orbitLight(int32_t lightIndex, float angle, float scale) 
   placeLightAimedAtOrigin(lightIndex,
                           Vector3(12.5f * std::cos(angle) * scale, 10.5f * std::sin(angle * 0.5f) * scale, -9.0f));
   return objectPosition(lightIndex);
+}
+
+Vector3 SceneSkeleton::swarmSamplePoint(const Vector3& h, float e1, float e2, float T) {
+  const float u = e1 * 0.01f + 0.012f;
+  return Vector3(std::cos(u * h.x * 12.2f) * 0.123f + T * 0.034f + 10.0f, e2 * 0.3f * h.z * 0.7f + u * h.y + 10.0f,
+                 (e1 * 0.01f + 0.002f) * h.z + 10.0f);
+}
+
+void SceneSkeleton::placeOnSwarm(const std::vector<int32_t>& objectIds, int32_t first,
+                                 const std::vector<Vector3>& homes, NoiseField* x, NoiseField* y, NoiseField* z,
+                                 float e1, float e2, float T) {
+  for (size_t n = 0; n < homes.size() && first + n < objectIds.size(); ++n) {
+    Mesh* element = object(objectIds[first + n]);
+    if (!element) continue;
+    const Vector3 p = swarmSamplePoint(homes[n], e1, e2, T);
+    const float px = x->fractalSum(p, 6) * 12.5f;
+    const float py = y->fractalSum(p, 7) * 12.5f;
+    const float pz = z->fractalSum(p, 6) * 12.5f;
+    element->position = Vector3(px, py, pz);
+  }
 }
 
 void SceneSkeleton::flaresFollow(uint32_t first, uint32_t count, float u, const Vector3& lightPosition,

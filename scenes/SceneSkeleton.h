@@ -146,6 +146,18 @@ class SceneSkeleton : public Scene {
   // that the scene's design names: the next group goes on from there.
   NoiseField* makeNoiseField(int bits, uint32_t seed);
 
+  // The lattice of SceneKit.h as one batch of `fileName` models, drawing
+  // three numbers per element (and the shape's wasted ones). Appends each
+  // object index to `objectIds` and each home to `homes`, element by
+  // element; returns the object index of the first.
+  int32_t addLattice(const char* fileName, const LatticeShape& shape, const Material& picture,
+                     const Material& glow, std::vector<int32_t>& objectIds, std::vector<Vector3>& homes);
+  // The colour families of SceneKit.h over objectIds[first ..
+  // first + count - 1], object i of the group being objectIds[first + i].
+  // Seven draws per object after its seeding. Changes the two materials.
+  void applyColourFamilies(const ColourFamilies& families, Material& picture, Material& glow,
+                           const std::vector<int32_t>& objectIds, int32_t first, int32_t count);
+
   // The standard production light: the light block every scene adds, made
   // with `projectedTexture` "solidnoisebump" and a 1024 shadow map, ambient
   // (a, a, a, 1); returns the object index of addLight. No random draws.
@@ -165,6 +177,18 @@ class SceneSkeleton : public Scene {
   //   (12.5 cos(a) scale, 10.5 sin(a 0.5) scale, -9), aimed at the origin.
   // Returns that position.
   Vector3 orbitLight(int32_t lightIndex, float angle, float scale = 1.0f);
+  // Where the spreading swarm samples its noise for an element at home h,
+  // with the two spreading envelopes e1, e2 and the shifted demo time T:
+  //   u = e1 0.01 + 0.012
+  //   p = (cos(u h.x 12.2) 0.123 + T 0.034 + 10, e2 0.3 h.z 0.7 + u h.y + 10, (e1 0.01 + 0.002) h.z + 10)
+  // While both envelopes are 0 the block keeps its tidy sampling.
+  static Vector3 swarmSamplePoint(const Vector3& home, float e1, float e2, float T);
+  // objectIds[first + n] for n below homes.size() placed on the swarm:
+  //   p = swarmSamplePoint(homes[n], e1, e2, T)
+  //   position = (x.fractalSum(p, 6), y.fractalSum(p, 7), z.fractalSum(p, 6)) 12.5
+  void placeOnSwarm(const std::vector<int32_t>& objectIds, int32_t first, const std::vector<Vector3>& homes,
+                    NoiseField* x, NoiseField* y, NoiseField* z, float e1, float e2, float T);
+
   // The object's position, or the origin when there is no such object.
   Vector3 objectPosition(int32_t index) const;
   // Billboards first .. first + count - 1 hang round `lightPosition` at time

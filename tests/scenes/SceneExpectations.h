@@ -124,8 +124,8 @@ inline void expectRing(const World& world, int first, const DrawsFrom& from, con
     EXPECT_EQ(box.rotation.x, 0.0f);
     EXPECT_NEAR(box.rotation.y, s2 * 50, 1e-4) << "box " << i;
     EXPECT_NEAR(box.rotation.z, s1 * 20, 1e-4) << "box " << i;
-    EXPECT_EQ(box.scale.x, 5.0f);
-    EXPECT_EQ(box.scale.y, 5.0f);
+    EXPECT_EQ(box.scale.x, shape.width);
+    EXPECT_EQ(box.scale.y, shape.width);
     EXPECT_NEAR(box.scale.z, r3 * shape.depthSpread + shape.depthBase, 1e-4) << "box " << i;
     EXPECT_TRUE(box.useMatrix);
     EXPECT_GT(box.faceCount, 0);
@@ -134,6 +134,69 @@ inline void expectRing(const World& world, int first, const DrawsFrom& from, con
     }
   }
   expectBatch(world, first, shape.count);
+}
+
+// The lattice (see LatticeShape): element n is object objectIds[first + n]
+// with home homes[n], its draws starting at `from`. Positions and rotations
+// are checked only while `unmoved`.
+inline void expectLattice(const World& world, const std::vector<int32_t>& objectIds, int first,
+                          const std::vector<Vector3>& homes, const DrawsFrom& from, const LatticeShape& shape,
+                          bool unmoved = true) {
+  startAt(from);
+  ASSERT_EQ(static_cast<int>(homes.size()), shape.count());
+  int n = 0;
+  for (int z = 0; z < shape.countZ; ++z)
+    for (int y = 0; y < shape.countY; ++y)
+      for (int x = 0; x < shape.countX; ++x, ++n) {
+        const int r1 = crtRand();
+        const int r2 = crtRand();
+        const int r3 = crtRand();
+        for (int w = 0; w < shape.wastedDraws; ++w) crtRand();
+        const Vector3 home((x - shape.centre.x) * shape.homeScale.x, (y - shape.centre.y) * shape.homeScale.y,
+                           (z - shape.centre.z) * shape.homeScale.z);
+        EXPECT_EQ(homes[n], home) << "element " << n;
+        const Mesh& m = *world.objects[objectIds[first + n]];
+        if (unmoved) {
+          EXPECT_EQ(m.position, home) << "element " << n;
+          EXPECT_NEAR(m.rotation.x, (r2 / 32767.0 - 0.5) * shape.tumbleX - 90, 1e-3) << "element " << n;
+          EXPECT_NEAR(m.rotation.y, (r1 / 32767.0 - 0.5) * shape.tumbleY, 1e-3) << "element " << n;
+          EXPECT_EQ(m.rotation.z, 0.0f);
+        }
+        EXPECT_FLOAT_EQ(m.scale.x, shape.width) << "element " << n;
+        EXPECT_NEAR(m.scale.y, (r3 / 32767.0 * 0.05 + 0.2) * shape.heightScale, 1e-6) << "element " << n;
+        EXPECT_FLOAT_EQ(m.scale.z, shape.depth) << "element " << n;
+        EXPECT_TRUE(m.useMatrix);
+      }
+  expectBatch(world, objectIds[first], shape.count());
+}
+
+// The colour families (see ColourFamilies) on objectIds[first + i] for the
+// objects `which` of the group, each with its own seeding.
+inline void expectColourFamilies(const World& world, const std::vector<int32_t>& objectIds, int first,
+                                 std::initializer_list<int> which, const ColourFamilies& f) {
+  for (int i : which) {
+    const uint32_t family = f.groupSize > 0 ? static_cast<uint32_t>((i / f.groupSize) % f.familyCount) : 0u;
+    crtSrand(f.seedBase + family);
+    const double a = randomSigned(), b = randomSigned(), c = randomSigned();
+    const double pu = randomSigned(), pv = randomSigned(), gu = randomSigned(), gv = randomSigned();
+    const Mesh& m = *world.objects[objectIds[first + i]];
+    const Material& p = m.materials[0];
+    const Material& g = m.materials[1];
+    EXPECT_NEAR(g.diffuse.x, (a * 1.65 + 2.5) * f.glowDiffuse, 1e-4) << "object " << i;
+    EXPECT_NEAR(g.diffuse.y, (b * 0.85 + 1.1) * f.glowDiffuse, 1e-4) << "object " << i;
+    EXPECT_NEAR(g.diffuse.z, (c * 0.34 + 0.5) * f.glowDiffuse, 1e-4) << "object " << i;
+    EXPECT_NEAR(p.diffuse.x, (a * 1.2 + 1.66) * f.pictureDiffuse, 1e-4) << "object " << i;
+    EXPECT_NEAR(p.diffuse.y, (b * 0.44 + 0.64) * f.pictureDiffuse, 1e-4) << "object " << i;
+    EXPECT_NEAR(p.diffuse.z, (c * 0.23 + 0.36) * f.pictureDiffuse, 1e-4) << "object " << i;
+    EXPECT_NEAR(p.ambient.x, (a * 0.4 + 0.5) * f.pictureAmbient, 1e-5) << "object " << i;
+    EXPECT_NEAR(p.ambient.y, (b * 0.4 + 0.5) * f.pictureAmbient, 1e-5) << "object " << i;
+    EXPECT_NEAR(p.ambient.z, (c * 0.4 + 0.5) * f.pictureAmbient, 1e-5) << "object " << i;
+    EXPECT_NEAR(p.stageOffsetU[0], pu + i * 0.232141, 1e-4) << "object " << i;
+    EXPECT_NEAR(p.stageOffsetV[0], pv + i * 0.1232141, 1e-4) << "object " << i;
+    EXPECT_NEAR(g.stageOffsetU[0], gu + i * 0.232141, 1e-4) << "object " << i;
+    EXPECT_NEAR(g.stageOffsetV[0], gv + i * 0.1232141, 1e-4) << "object " << i;
+    EXPECT_EQ(m.currentMaterial, 0);
+  }
 }
 
 // The flares (see FlareSpec) from billboard `first` on, their draws
