@@ -4,9 +4,12 @@
 #include <algorithm>
 
 #include "editor/EditorWindow.h"
+#include "foundation/InputState.h"
 
 int pickedName = 0;
 const InputState* editorInput = nullptr;
+
+bool keyDown(const InputState* input, int code) { return input && input->key(code) >= 0; }
 void (*curvePressHandler)(int name) = nullptr;
 
 namespace {

@@ -30,6 +30,11 @@ class InputState;
 // delete); null reads every key as free.
 extern const InputState* editorInput;
 
+// Whether a key is down for the editor: its value is 0 or above, so a key
+// pressed since the last update (which reads exactly 0) already counts; on a
+// slow frame a quick press with a click is not lost. Null input: never.
+bool keyDown(const InputState* input, int code);
+
 extern int pickedName;  // selection name under the mouse, from the last selection pass
 
 // Zoom limits and gains of the generic actions.

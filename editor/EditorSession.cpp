@@ -46,7 +46,9 @@ FileStamp stampOf(const std::string& path) {
 // Key codes of the edges the session acts on.
 const int keyCodes[] = {inputKeyF1, inputKeyF1 + 2, inputKeyF1 + 9, 's', 'l', 'r', 'z', 'x'};
 enum { kF1, kF3, kF10, kS, kL, kR, kZ, kX, kCount };
-bool wasHeld[kCount] = {};
+// Down at the last frame; all down at the start, so that the first frame
+// makes no edges.
+bool wasHeld[kCount] = {true, true, true, true, true, true, true, true};
 
 void loadAndLayOut() {
   resetEditorPointer();
@@ -128,12 +130,12 @@ void editorSessionFrame(const EditorSessionFrame& f) {
   // ---- Keys ----
   bool held[kCount] = {}, pressed[kCount] = {};
   for (int i = 0; i < kCount; ++i) {
-    held[i] = f.input && f.input->key(keyCodes[i]) > 0;
+    held[i] = keyDown(f.input, keyCodes[i]);
     pressed[i] = held[i] && !wasHeld[i];
     wasHeld[i] = held[i];
   }
-  const bool control = f.input && f.input->key(inputKeyLeftControl) > 0;
-  const bool shift = f.input && f.input->key(inputKeyLeftShift) > 0;
+  const bool control = keyDown(f.input, inputKeyLeftControl);
+  const bool shift = keyDown(f.input, inputKeyLeftShift);
   if (pressed[kF10]) editMode = !editMode;
   if (pressed[kF1] && flowScreen) {
     toggleInfoScreen();

@@ -25,7 +25,7 @@ std::vector<std::string> activeSceneNames;
 
 namespace {
 
-bool keyHeld(int code) { return editorInput && editorInput->key(code) > 0; }
+bool keyHeld(int code) { return keyDown(editorInput, code); }
 
 Block* blockOfWindow(EditorWindow* w) {
   if (!w) return nullptr;
