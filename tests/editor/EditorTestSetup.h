@@ -52,6 +52,8 @@ inline void startEditor() {
   clearAllBlocks();
   hideEditorScreens();
   messages.clear();
+  flowScreen->x = flowScreen->y = 0;
+  infoScreen->x = infoScreen->y = 0;
   flowArea->zoom = 0;
   flowArea->scrollX = flowArea->scrollY = 0;
   if (!scenesFilterAll) toggleScenesFilterAll(filterButtons[0]);
