@@ -202,7 +202,7 @@ void drawPulseGraph(EditorWindow* window) {
   const int samples = int(std::lround(2 * w));
   glBegin(GL_LINES);
   float lastX = 0, lastY = 0;
-  for (int i = 0; i <= samples; ++i) {
+  for (int i = 0; i < samples; ++i) {
     float t = float(i) / float(samples) * span + tStart;
     std::vector<float> in{t};
     float v = block->compute ? block->compute(in, *block) : pulseValue(p, t);

@@ -375,3 +375,54 @@ TEST_F(FlowChartViewTest, HidingTheFlowScreenHidesTheBoxes) {
   EXPECT_FALSE(flowScreen->visible);
   EXPECT_EQ(pickAtMouse(), 0);
 }
+
+// ---- The pulse graph ---------------------------------------------------------------------------
+
+namespace {
+std::vector<float> graphTimes;
+float recordingCompute(const std::vector<float>& in, Block& block) {
+  graphTimes.push_back(in.empty() ? -1 : in[0]);
+  return computePulse(in, block);
+}
+}  // namespace
+
+TEST_F(FlowChartViewTest, ThePulseGraphSamplesTheBlockOverItsTimeRange) {
+  REQUIRE_GL(800, 600);
+  toggleFlowScreen();
+  Block* p = create("pulse");
+  p->settings = {0.25f, 0.5f, 0.25f, 1, 2, 2};  // Raise, Up, Lower, Start, Repeats, Delta
+  hold(inputKeyLeftShift, true);
+  press(p->window);
+  hold(inputKeyLeftShift, false);
+  EditorWindow* graph = p->window->propertiesWindow->children.back();
+  ASSERT_EQ(graph->customData, p);
+  EXPECT_TRUE(graph->scrollable);
+  p->compute = recordingCompute;
+  graphTimes.clear();
+  drawWindows(nullptr);
+  // round(2 x 370) samples from Start over Delta x Repeats + Up + Raise + Lower + Start.
+  ASSERT_EQ(graphTimes.size(), 740u);
+  EXPECT_FLOAT_EQ(graphTimes.front(), 1);
+  const float span = (2 * 2 + 0.5f + 0.25f + 0.25f + 1) - 1;
+  EXPECT_NEAR(graphTimes.back(), 1 + 739.0f / 740 * span, 1e-4);
+  // A middle drag on X shifts the range by a second per 100 pixels, on Y stretches it.
+  graph->scrollX = 100;
+  graph->scrollY = 100;
+  graphTimes.clear();
+  drawWindows(nullptr);
+  ASSERT_FALSE(graphTimes.empty());
+  EXPECT_FLOAT_EQ(graphTimes.front(), 0);
+  EXPECT_NEAR(graphTimes.back(), (2 * 6 - 1 - 0) * 739.0f / 740, 1e-3);
+  // The drawn curve: the graph's picture changes with the settings.
+  glClearColor(0, 0, 0, 1);
+  glClear(GL_COLOR_BUFFER_BIT);
+  drawWindows(nullptr);
+  std::vector<uint8_t> before = testgl::readPixels(0, 0, 800, 600);
+  p->settings[5] = 0;  // Delta 0: a flat 0
+  glClear(GL_COLOR_BUFFER_BIT);
+  drawWindows(nullptr);
+  std::vector<uint8_t> after = testgl::readPixels(0, 0, 800, 600);
+  EXPECT_NE(before, after);
+  EXPECT_TRUE(testgl::drainErrors().empty());
+  p->compute = computePulse;
+}
