@@ -37,7 +37,13 @@ start() {
     kill -0 "$pid" || { echo "the program ended early"; cat "$work/$log"; exit 1; }
     sleep 0.2
   done
-  window=$(xdotool search --sync --onlyvisible --name '^Ostravine$' | head -1)
+  # A window that goes away while xdotool looks at it fails the search: try again.
+  window=
+  for _ in $(seq 1 100); do
+    window=$(xdotool search --onlyvisible --name '^Ostravine$' 2>/dev/null | head -1) || true
+    [ -n "$window" ] && break
+    sleep 0.2
+  done
   sleep 2
   # Without a window manager the keyboard follows the pointer: keep it inside.
   xdotool mousemove --window "$window" 400 300
