@@ -2,7 +2,9 @@
 #include "flow/Block.h"
 
 #include <algorithm>
+#include <map>
 #include <sstream>
+#include <unordered_set>
 #include <utility>
 
 #include "flow/FlowCharts.h"
@@ -37,9 +39,14 @@ namespace {
 
 Block* lastCreated = nullptr;
 
-// Pick names of curves in use, and those given back.
-std::list<std::pair<int, ConnectionCurve*>>& curvePicks = *new std::list<std::pair<int, ConnectionCurve*>>;
+// Pick names of curves in use (by name, so that a chart of thousands of
+// curves is cleared quickly), and those given back.
+std::map<int, ConnectionCurve*>& curvePicks = *new std::map<int, ConnectionCurve*>;
 std::list<int>& freeCurvePicks = *new std::list<int>;
+
+// While a script is read, allBlocks is rebuilt once at the end instead of
+// after every creation.
+bool rebuildDeferred = false;
 
 constexpr int firstCurvePick = 100000;
 
@@ -191,16 +198,13 @@ ConnectionCurve* connectBlocks(Block* source, Block* destination) {
 bool wouldCloseCycle(Block* source, Block* destination) {
   // Walk everything upstream of source, each block once.
   std::vector<Block*> pending{source};
-  std::vector<Block*> seen;
+  std::unordered_set<Block*> seen;
   while (!pending.empty()) {
     Block* b = pending.back();
     pending.pop_back();
     for (Block* in : b->inputs) {
       if (in == destination || in == source) return true;
-      if (std::find(seen.begin(), seen.end(), in) == seen.end()) {
-        seen.push_back(in);
-        pending.push_back(in);
-      }
+      if (seen.insert(in).second) pending.push_back(in);
     }
   }
   return source == destination;
@@ -275,7 +279,13 @@ std::list<Block*>* kindListOf(const Block* block) {
   return nullptr;
 }
 
+void deferAllBlocksRebuild(bool defer) {
+  rebuildDeferred = defer;
+  if (!defer) rebuildAllBlocks();
+}
+
 void rebuildAllBlocks() {
+  if (rebuildDeferred) return;
   allBlocks.clear();
   for (std::list<Block*>* list : {&parameterSinks, &parameterSources, &floatBlocks, &demoTimeBlocks, &sinBlocks,
                                   &pulseBlocks, &sumBlocks, &mulBlocks})
@@ -283,7 +293,10 @@ void rebuildAllBlocks() {
 }
 
 void clearAllBlocks() {
+  const bool deferred = rebuildDeferred;
+  rebuildDeferred = false;
   rebuildAllBlocks();
+  rebuildDeferred = deferred;
   std::vector<Block*> all(allBlocks.begin(), allBlocks.end());
   for (Block* b : all) destroyBlock(b);
   for (std::list<Block*>* list : {&parameterSinks, &parameterSources, &floatBlocks, &demoTimeBlocks, &sinBlocks,
@@ -291,6 +304,9 @@ void clearAllBlocks() {
                                   &reservedBlocks3, &allBlocks})
     list->clear();
   lastCreated = nullptr;
+  // No curve is left: the pick names start again at the first.
+  curvePicks.clear();
+  freeCurvePicks.clear();
 }
 
 // ---------------------------------------------------------------------------
@@ -305,22 +321,15 @@ int allocateCurvePick(ConnectionCurve* curve) {
   } else {
     name = firstCurvePick + int(curvePicks.size());
   }
-  curvePicks.emplace_back(name, curve);
+  curvePicks[name] = curve;
   return name;
 }
 
 void releaseCurvePick(int pickName) {
-  for (auto it = curvePicks.begin(); it != curvePicks.end(); ++it) {
-    if (it->first == pickName) {
-      curvePicks.erase(it);
-      freeCurvePicks.push_back(pickName);
-      return;
-    }
-  }
+  if (curvePicks.erase(pickName) > 0) freeCurvePicks.push_back(pickName);
 }
 
 ConnectionCurve* curveOfPick(int pickName) {
-  for (auto& entry : curvePicks)
-    if (entry.first == pickName) return entry.second;
-  return nullptr;
+  auto it = curvePicks.find(pickName);
+  return it == curvePicks.end() ? nullptr : it->second;
 }

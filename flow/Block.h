@@ -193,8 +193,13 @@ std::list<Block*>* kindListOf(const Block* block);
 
 void rebuildAllBlocks();
 
+// For the script reader: while deferred, rebuildAllBlocks does nothing (a
+// load of thousands of blocks stays linear); ending the deferral rebuilds.
+void deferAllBlocksRebuild(bool defer);
+
 // Destroys every block and empties every list, the reserved ones too (what a
-// load does first). Templates stay.
+// load does first), and starts the curve pick names afresh at 100000.
+// Templates stay.
 void clearAllBlocks();
 
 // Sets a float block's value and its box text (default stream formatting,

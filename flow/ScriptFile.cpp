@@ -357,7 +357,9 @@ void readScript(std::istream& in) {
   templatePick = 0;
   templateKey = "pulse";
   clearAllBlocks();
+  deferAllBlocksRebuild(true);
   ScriptReader(in).run();
+  deferAllBlocksRebuild(false);
   templatePick = savedPick;
   if (blockBoxHooks.chartsLoaded) blockBoxHooks.chartsLoaded();
 }
