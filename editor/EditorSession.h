@@ -17,6 +17,10 @@
 //                               first scene on screen
 //   mouse left + move           on no window: the selected parameter changes
 //                               by one step per pixel of X motion
+// In edit mode the selected parameter stands at the bottom left of the
+// screen as "<scene>.<parameter> = <value>"; messages at the top (see
+// drawMessages). Keys count as down from the update that first sees them
+// (keyDown), so a slow frame loses no quick press.
 #pragma once
 #include <string>
 #include <vector>

@@ -9,7 +9,11 @@
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 run_dir=${1:-$root/build/run}
-if [ -z "${DISPLAY:-}" ]; then exec xvfb-run -a -s "-screen 0 1280x1024x24 -noreset" "$0" "$run_dir"; fi
+# A virtual display of its own: no other window takes the keys or the pointer.
+if [ -z "${EDITOR_SCREENSHOT_DISPLAY:-}" ]; then
+  export EDITOR_SCREENSHOT_DISPLAY=1
+  exec xvfb-run -a -s "-screen 0 1024x768x24 -noreset" bash "$0" "$run_dir"
+fi
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 for d in images models music; do ln -s "$run_dir/$d" "$work/$d"; done

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # A scripted editor session through the real program, driven with xdotool on
-# the current X display (the tests run under Xvfb):
+# an X display of its own (Xvfb):
 #   1. play with --edit in an empty directory (no script: empty charts),
 #   2. F3 opens the flow chart screen; unfold "Add Source" and "Add Parameter",
 #   3. a DEMO TIME block from the toolbox, a sink from the parameter list's
@@ -13,6 +13,12 @@
 # the log of each run; with a third argument, a picture of the flow chart
 # screen at the end of the session.
 set -euo pipefail
+# A display of its own, so that no other program's window takes the keys or
+# the pointer, and no other test sees the session's.
+if [ -z "${EDITOR_SESSION_DISPLAY:-}" ]; then
+  export EDITOR_SESSION_DISPLAY=1
+  exec xvfb-run -a -s "-screen 0 1024x768x24 -noreset" bash "$0" "$@"
+fi
 run_dir=$1
 work=$2
 shot=${3:-}
@@ -21,7 +27,8 @@ mkdir -p "$work"
 for d in images models music; do ln -s "$run_dir/$d" "$work/$d"; done
 cd "$work"
 
-program=("$run_dir/ostravine" -nomusic --windowed --size 800x600 --edit)
+# --trace prints a line each frame: the session waits for frames, not for time.
+program=("$run_dir/ostravine" -nomusic --windowed --size 800x600 --edit --trace)
 
 pid=
 cleanup() { if [ -n "$pid" ] && kill -0 "$pid" 2>/dev/null; then kill "$pid"; wait "$pid" || true; fi; }
@@ -44,48 +51,59 @@ start() {
     [ -n "$window" ] && break
     sleep 0.2
   done
-  sleep 2
+  settle
   # Without a window manager the keyboard follows the pointer: keep it inside.
   xdotool mousemove --window "$window" 400 300
-  sleep 0.5
+  settle
 }
 
-# Each step is held for a while: the program reads key and mouse state once a
-# frame, so a press shorter than a frame would go unseen (software GL under
-# Xvfb on a busy machine may draw only one or two frames a second).
-hold=${EDITOR_SESSION_HOLD:-1.5}
+# The program reads key and mouse state once a frame (software GL under Xvfb
+# on a busy machine may draw only one frame a second, or fewer), so after
+# each step the session waits until three more frames have been drawn: the
+# frame that may have been under way, one that saw the step from its start,
+# and the one whose trace line shows that one finished.
+frames() { grep -c '^trace:' "$work/$log" || true; }
+settle() {
+  local target=$(( $(frames) + ${1:-3} ))
+  for _ in $(seq 1 1500); do
+    [ "$(frames)" -ge "$target" ] && return 0
+    kill -0 "$pid" 2>/dev/null || { echo "the program ended early"; tail -5 "$work/$log"; exit 1; }
+    sleep 0.1
+  done
+  echo "no frames for 150 s"; exit 1
+}
 key() {
   xdotool keydown "$@"
-  sleep "$hold"
+  settle
   xdotool keyup "$@"
-  sleep "$hold"
+  settle
 }
 click() {
   xdotool mousemove --window "$window" "$1" "$2"
-  sleep "$hold"
+  settle
   xdotool mousedown 1
-  sleep "$hold"
+  settle
   xdotool mouseup 1
-  sleep "$hold"
+  settle
 }
 drag() {  # x0 y0 x1 y1
   xdotool mousemove --window "$window" "$1" "$2"
-  sleep "$hold"
+  settle
   xdotool mousedown 1
-  sleep "$hold"
+  settle
   xdotool mousemove --window "$window" $(( ($1 + $3) / 2 )) $(( ($2 + $4) / 2 ))
-  sleep "$hold"
+  settle
   xdotool mousemove --window "$window" "$3" "$4"
-  sleep "$hold"
+  settle
   xdotool mouseup 1
-  sleep "$hold"
+  settle
 }
 save() {
   xdotool keydown Control_L Shift_L
-  sleep "$hold"
+  settle
   key s
   xdotool keyup Shift_L Control_L
-  sleep "$hold"
+  settle
 }
 
 # ---- The session ----
@@ -104,10 +122,10 @@ click 560 109     # the first in. entry of the list: a sink box over it
 click 560 67      # "Add Parameter" title again: fold, uncovering the area
 drag 500 300 650 400   # the sink aside (a plain drag moves a box)
 xdotool keydown Control_L
-sleep "$hold"
+settle
 drag 400 300 550 400   # from DEMO TIME to the sink: a connection
 xdotool keyup Control_L
-sleep "$hold"
+settle
 save
 cp ostravine.scr first.scr
 if [ -n "$shot" ]; then
@@ -128,7 +146,7 @@ log=fresh.log
 start --from 5000
 save
 cp ostravine.scr fresh1.scr
-sleep 3
+settle 5
 save
 cp ostravine.scr fresh2.scr
 cleanup
