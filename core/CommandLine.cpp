@@ -90,6 +90,8 @@ PlayerOptions parsePlayerOptions(int argc, char** argv) {
       o.benchmark = true;
     } else if (a == "--trace") {
       o.trace = true;
+    } else if (a == "--edit") {
+      o.edit = true;
     } else if (a == "--size") {
       if (const char* v = value("a size WxH")) {
         int w = 0, h = 0;
@@ -172,6 +174,9 @@ std::string playerHelpText() {
       "  --trace           print each frame's clock values (position, rewind offset,\n"
       "                    picture time, step, paused) and the value of each\n"
       "                    parameter a flow chart drives\n"
+      "  --edit            the editor over the show: F1 help, F3 flow charts, F10 edit\n"
+      "                    mode; ctrl+shift+S/L save/load ostravine.scr, which is\n"
+      "                    also read again whenever it changes on disk\n"
       "\n"
       "Keys: up/down seek 1.5 s, right/left seek 0.1 s, p pauses, escape quits.\n";
 }

@@ -51,6 +51,7 @@ struct PlayerOptions {
   std::vector<int32_t> shots;   // --shots MS,MS,...: only the first frame at or past each position
   bool benchmark = false;       // --benchmark: print frame timings per scheduled scene at the end
   bool trace = false;           // --trace: print each frame's clock values
+  bool edit = false;            // --edit: the editor is drawn over the show and takes the mouse and keys
   std::string error;            // non-empty: what was wrong with the options
 };
 

@@ -26,8 +26,9 @@
 #include "foundation/InputState.h"
 #include "foundation/Timer.h"
 #include "texture/TextureStore.h"
-#ifdef OSTRAVINE_EDITOR
+#ifdef OSTRAVINE_WITH_EDITOR
 #include "editor/EditorScreens.h"
+#include "editor/EditorSession.h"
 #endif
 
 namespace {
@@ -120,16 +121,22 @@ int ostravineMain(int argc, char** argv) {
   wallTimer.start();
   int32_t lastWallMs = wallTimer.elapsed();
 
-  // Start-up 8 to 10. The flow charts learn the scenes and the demo time
-  // after the editor has registered its template windows, so that only the
+  // Start-up 8 to 10. The editor's windows are built in every run with the
+  // editor (blocks take their looks from them); only --edit draws them and
+  // feeds them input. The flow charts learn the scenes and the demo time after
+  // the editor has registered its template windows, so that only the
   // templates a player without the editor lacks are added.
-  // A player built without the editor has no windows to build.
-#ifdef OSTRAVINE_EDITOR
-  buildEditorWindows();
+#ifdef OSTRAVINE_WITH_EDITOR
+  buildEditorWindows(demo.allScenes(), &demoTimeSeconds);
 #endif
   theInput = new InputState();
   initFlowCharts(demo.allScenes(), &demoTimeSeconds);
   loadScript("ostravine.scr");
+#ifdef OSTRAVINE_WITH_EDITOR
+  if (player.edit) startEditorSession(outputFont, "ostravine.scr");
+#else
+  if (player.edit) puts("This player is built without the editor: --edit does nothing.");
+#endif
 
   // Start-up 11.
   RewindControl rewind;
@@ -203,6 +210,23 @@ int ostravineMain(int argc, char** argv) {
 
     // 12: keys.
     theInput->update();
+
+#ifdef OSTRAVINE_WITH_EDITOR
+    // The editor over the composed picture, before the frame is captured and shown.
+    if (player.edit) {
+      EditorSessionFrame editorFrame;
+      editorFrame.screenWidth = screenWidth;
+      editorFrame.screenHeight = screenHeight;
+      editorFrame.realSeconds = wallTimeSeconds;
+      editorFrame.frameSeconds = wallStepSeconds;
+      editorFrame.mouseX = demo.mouseX;
+      editorFrame.mouseY = demo.mouseY;
+      editorFrame.mouseButtons = unsigned(demo.mouseButtons);
+      editorFrame.input = theInput;
+      editorFrame.scenesOnScreen = visibleNow;
+      editorSessionFrame(editorFrame);
+    }
+#endif
 
     // Frame capture (the player's own addition): what is about to be shown.
     if (!player.captureDir.empty()) {

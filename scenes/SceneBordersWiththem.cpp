@@ -5,7 +5,7 @@
 #include <cmath>
 
 #include "core/Demo.h"
-#include "editor/Font.h"
+#include "render/Font.h"
 #include "foundation/Camera.h"
 #include "foundation/Envelope.h"
 #include "foundation/NoiseField.h"

@@ -8,7 +8,7 @@ pkgs=(
   libsdl1.2-compat-dev libglew-dev libglu1-mesa-dev libgl1-mesa-dri libpng-dev libmpg123-dev
   libfreetype-dev fonts-dejavu-core lame
   libgtest-dev googletest
-  xvfb xauth
+  xvfb xauth xdotool
 )
 missing=()
 for p in "${pkgs[@]}"; do

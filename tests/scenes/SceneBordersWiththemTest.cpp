@@ -9,7 +9,7 @@
 
 #include "SceneExpectations.h"
 #include "SceneTestDemo.h"
-#include "editor/Font.h"
+#include "render/Font.h"
 #include "foundation/Camera.h"
 #include "foundation/Envelope.h"
 #include "foundation/NoiseField.h"
