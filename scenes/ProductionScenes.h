@@ -16,5 +16,6 @@ class PendingScene : public Scene {
 // The scene of that index (0 to 10) under its short name, made with new.
 // Scenes are built for the process-wide theDemo, which must stand with its
 // textures, cube map and RenderTarget pool (they fetch and size from it).
-// Index 0 is ScenePerforme, 7 SceneBordersMeetus; the rest are pending.
+// Index 0 is ScenePerforme, 1 SceneBordersWithin, 2 SceneBordersWithout, 3
+// SceneBordersWithme, 7 SceneBordersMeetus; the rest are pending.
 Scene* makeProductionScene(int32_t index, const char* name);

@@ -22,6 +22,8 @@ SceneSkeleton::SceneSkeleton(Demo* demo_, const std::string& name_)
       camera(nullptr),
       spareTransform(nullptr),
       glowPasses(7),
+      glowSourceWritesColour(true),
+      glowAmountDrop(0.0f),
       glowFadeOut(0.0f),
       glowBlurAmount(0.45f),
       glowBlurMode(0.0f),
@@ -114,7 +116,7 @@ void SceneSkeleton::markBatch(int32_t index, int32_t i, int32_t count) {
 }
 
 int32_t SceneSkeleton::addBoxRing(const Material& picture, const Material& glow, const RingShape& shape) {
-  constexpr int32_t boxCount = 100;
+  const int32_t boxCount = shape.count;
   int32_t first = -1;
   for (int32_t i = 0; i < boxCount; ++i) {
     const int32_t index = world.addBox(3, 3, picture, false, true);
@@ -217,7 +219,7 @@ void SceneSkeleton::renderGlowSource() {
   targets->beginTarget(targets->firstFreeSlot + 1, true, false);
   glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
   glEnable(GL_DEPTH_TEST);
-  world.render(camera, 0, true, 1, false, targets, true, true, true, true);
+  world.render(camera, 0, true, 1, false, targets, true, true, true, glowSourceWritesColour);
   targets->lowResolution = 1;  // the direct path may leave it otherwise
   targets->endTarget();
   if (!useFramebufferObjects) targets->copyToSlot(targets->firstFreeSlot + 1);
@@ -229,7 +231,7 @@ void SceneSkeleton::renderGlowBlur() {
   targets->beginTarget(targets->firstFreeSlot, false, false);
   glClear(GL_COLOR_BUFFER_BIT);
   glDisable(GL_DEPTH_TEST);
-  targets->glowPass(targets->firstFreeSlot + 1, glowBlurAmount, glowPasses, 0.1f, 0.1f, glowBlurAlpha, 0.0f, 0.0f,
+  targets->glowPass(targets->firstFreeSlot + 1, glowBlurAmount - glowAmountDrop, glowPasses, 0.1f, 0.1f, glowBlurAlpha, 0.0f, 0.0f,
                     0.0f, glowFadeOut, 0, true, glowBlurZoom, glowBlurZoomPowBase, glowBlurZoomPow);
   targets->endTarget();
   if (!useFramebufferObjects) targets->copyToSlot(targets->firstFreeSlot);

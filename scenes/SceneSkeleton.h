@@ -29,7 +29,7 @@ struct SpareTransform {
 };
 static_assert(sizeof(SpareTransform) == 27 * 4, "the spare record is 27 32-bit words");
 
-// The ring of long boxes that stands behind several scenes, 100 boxes around
+// The ring of long boxes that stands behind several scenes, `count` boxes around
 // the z axis at z = 9. Box i (i in radians) with the draws r1, r2, s1, s2, r3,
 // in that order (r: randomUnit, s: randomSigned):
 //   position (sin(i) (r2 xSpread + xRadius), cos(i) (r1 ySpread + yRadius), 9)
@@ -38,6 +38,7 @@ struct RingShape {
   float xSpread = 20.0f, xRadius = 35.0f;
   float ySpread = 20.0f, yRadius = 35.0f;
   float depthSpread = 10.0f, depthBase = 15.0f;
+  int32_t count = 100;
 };
 
 class SceneSkeleton : public Scene {
@@ -115,6 +116,8 @@ class SceneSkeleton : public Scene {
   SpareTransform* spareTransform;   // owned, never read
 
   int32_t glowPasses;               // glowPass rounds of this scene
+  bool glowSourceWritesColour;      // baseWritesColour of the glow source's World::render (true)
+  float glowAmountDrop;             // subtracted from glowBlurAmount in the blur, per frame (0)
 
   // The glow group, registered at the end of each scene's constructor.
   float glowFadeOut;
