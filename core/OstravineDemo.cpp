@@ -85,7 +85,7 @@ int32_t OstravineDemo::init() {
                                    effectiveHeight, effectiveLowWidth, effectiveLowHeight, 10);
 
   // The scene list fixes the indices; the schedule then names scenes by index.
-  for (int32_t index = 0; index < 11; ++index) addScene(makeProductionScene(index, productionSceneNames[index]));
+  for (int32_t index = 0; index < 11; ++index) addScene(makeProductionScene(this, index, productionSceneNames[index]));
   for (const ScheduleRow& row : productionSchedule) schedule(row.sceneIndex, row.startTime, row.endTime);
 
   if (audioEnabled) {

@@ -45,3 +45,35 @@ float Envelope::easeWindow(float t, float frequency, float power) const {
   return easeInOver(t, start, duration, spanScale, frequency, power) *
          easeOutOver(t, outStart, outDuration, spanScale, frequency, power);
 }
+
+float easeInAt(float t, float start, float duration, float frequency, float power) {
+  Envelope e;
+  e.start = start;
+  e.duration = duration;
+  return e.easeIn(t, frequency, power);
+}
+
+float easeOutAt(float t, float start, float duration, float frequency, float power) {
+  Envelope e;
+  e.start = start;
+  e.duration = duration;
+  return e.easeOut(t, frequency, power);
+}
+
+float easeWindowAt(float t, float start, float duration, float outStart, float outDuration, float frequency,
+                   float power) {
+  Envelope e;
+  e.start = start;
+  e.duration = duration;
+  e.outStart = outStart;
+  e.outDuration = outDuration;
+  return e.easeWindow(t, frequency, power);
+}
+
+float beatSum(float t, const float* beats, int beatCount, float duration) {
+  float f = easeOutAt(t, 0.0f, duration);
+  for (int i = 0; i < beatCount; ++i) {
+    if (t > beats[i]) f += easeOutAt(t, beats[i], duration);
+  }
+  return f;
+}

@@ -33,3 +33,19 @@ class Envelope {
   float outDuration = 0.0f;  // seconds
   float spanScale = 1.0f;    // stretches the span after which the ease is complete
 };
+
+// ---- One-expression forms ---------------------------------------------------
+// Scenes read their envelopes as one expression of the time t (seconds):
+// easeInAt(S, 12, 6) is an Envelope with start 12 and duration 6 (spanScale
+// 1) eased in at S. frequency and power default to 1, the raised cosine.
+
+float easeInAt(float t, float start, float duration, float frequency = 1.0f, float power = 1.0f);
+float easeOutAt(float t, float start, float duration, float frequency = 1.0f, float power = 1.0f);
+// easeIn on (start, duration) times easeOut on (outStart, outDuration).
+float easeWindowAt(float t, float start, float duration, float outStart, float outDuration, float frequency = 1.0f,
+                   float power = 1.0f);
+
+// The beat flash sum: easeOutAt(t, 0, duration) plus easeOutAt(t, b,
+// duration) for every beat b of the list with t > b, summed in list order.
+// Overlapping beats add, so the sum may pass 1.
+float beatSum(float t, const float* beats, int beatCount, float duration);

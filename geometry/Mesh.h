@@ -20,6 +20,31 @@ class Camera;
 class RenderTarget;
 struct Light;
 
+// How a texture stage of a Material combines with what lies below it (the
+// texture environment of its unit). Plain values, stored in Material::stageMode.
+enum StageMode : int {
+  stageOff = 0,              // the stage is skipped
+  stageModulate = 1,         // GL_MODULATE
+  stageAdd = 2,              // GL_ADD
+  stageModulateTwoPass = 3,  // GL_MODULATE, the mesh submitted twice
+  stageBlend = 4,            // GL_BLEND
+};
+
+// The passes of Mesh::draw, as the World runs them.
+enum MeshPass : int {
+  meshPassLight = 0,          // one light, no shadow map
+  meshPassShadowedLight = 2,  // one light with its shadow map, or a light's own image
+  meshPassBase = 3,           // the base pass: stage 0 only, colour array B
+  meshPassDepth = 4,          // depth only (shadow maps and masks): positions, no colour
+};
+
+// Material slots that the scenes draw with: slot 0 makes the picture, slot 1
+// the low-resolution glow source.
+enum MaterialSlot : int {
+  pictureMaterial = 0,
+  glowMaterial = 1,
+};
+
 // ---------------------------------------------------------------------------
 // Material: the look of one drawing of a mesh. Eight per mesh; slots 0 to 3
 // have per-vertex arrays, slots 0 and 1 have buffers on the card.
@@ -33,7 +58,7 @@ struct Material {
   Color4 diffuse;
   Color4 specular;
   float shininess;               // never copied by Mesh::setMaterial: meshes keep 0
-  int stageMode[3];              // 0 none, 1 modulate, 2 add, 3 modulate in two passes, 4 blend
+  int stageMode[3];              // a StageMode
   unsigned stageCount;           // stages in use
   unsigned int stageTexture[3];  // GL texture names
   bool stageCubeMap[3];          // the stage is a reflection-mapped cube map
@@ -138,7 +163,7 @@ public:
   // once). Called by World render for each visible mesh when preparing.
   void updateArrays();
 
-  // Draws one pass; lives in the render layer (mesh drawing).
+  // Draws one pass (a MeshPass); lives in the render layer (mesh drawing).
   void draw(int pass, bool allowMatrix, int reserved, bool shadowUnitShift);
 
   // The light record every mesh owns (null where no render layer is linked).

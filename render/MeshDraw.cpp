@@ -136,7 +136,7 @@ void submitDisplayList(Mesh& mesh, int pass, Colours colours, bool drawIt) {
   if (!drawIt) return;
   GLuint* list;
   bool* built;
-  if (pass == 3) {
+  if (pass == meshPassBase) {
     list = &mesh.colourBList;
     built = &mesh.colourBListBuilt;
   } else if (pass < 3) {
@@ -319,10 +319,10 @@ void cubeMapEnd() {
 
 GLenum stageEnvironmentMode(int stageMode) {
   switch (stageMode) {
-    case 1: return GL_MODULATE;
-    case 2: return GL_ADD;
-    case 3: return GL_MODULATE;
-    case 4: return GL_BLEND;
+    case stageModulate: return GL_MODULATE;
+    case stageAdd: return GL_ADD;
+    case stageModulateTwoPass: return GL_MODULATE;
+    case stageBlend: return GL_BLEND;
     default: return 0;
   }
 }
@@ -470,7 +470,7 @@ void Mesh::draw(int pass, bool allowMatrix, int reserved, bool shadowUnitShift) 
         for (unsigned s = 0; s < stages; ++s) {
           glActiveTextureARB(stageUnit(s, shadowUnitShift));
           if (s == 2) lightFollowingTextureMatrix(*this);
-          if (material.stageMode[s] == 0 || (pass > 2 && s != 0)) {
+          if (material.stageMode[s] == stageOff || (pass > 2 && s != 0)) {
             glDisable(GL_TEXTURE_2D);
             continue;
           }
@@ -482,7 +482,7 @@ void Mesh::draw(int pass, bool allowMatrix, int reserved, bool shadowUnitShift) 
           }
           const GLenum mode = stageEnvironmentMode(material.stageMode[s]);
           if (mode) glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, mode);
-          if (material.stageMode[s] == 3) submissions = 2;
+          if (material.stageMode[s] == stageModulateTwoPass) submissions = 2;
           if (!material.stageCubeMap[s]) {
             const GLint wrap = s == 0 ? GL_REPEAT : GL_CLAMP;
             glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, wrap);
@@ -509,10 +509,10 @@ void Mesh::draw(int pass, bool allowMatrix, int reserved, bool shadowUnitShift) 
   // Geometry.
   if (visible) {
     if (pass < 4) {
-      const Colours colours = pass == 3 ? Colours::B : Colours::A;
+      const Colours colours = pass == meshPassBase ? Colours::B : Colours::A;
       for (int p = 0; p < submissions; ++p) {
         if (material.refractive) refractionPrepare(*this, p);
-        if (material.stageMode[0] == 3) {
+        if (material.stageMode[0] == stageModulateTwoPass) {
           if (p == 0) {
             glDisable(GL_TEXTURE_2D);
           } else {
@@ -529,13 +529,13 @@ void Mesh::draw(int pass, bool allowMatrix, int reserved, bool shadowUnitShift) 
   } else {
     // A hidden batchFirst still binds for its batch; a hidden batchLast
     // still releases it.
-    submit(*this, pass, pass < 4 ? (pass == 3 ? Colours::B : Colours::A) : Colours::None, false);
+    submit(*this, pass, pass < meshPassDepth ? (pass == meshPassBase ? Colours::B : Colours::A) : Colours::None, false);
   }
 
   // Restore.
   if (restoreState) {
     for (unsigned s = 0; s < stages; ++s) {
-      if (material.stageMode[s] != 0 && material.stageCubeMap[s]) {
+      if (material.stageMode[s] != stageOff && material.stageCubeMap[s]) {
         glActiveTextureARB(stageUnit(s, shadowUnitShift));
         cubeMapEnd();
       }

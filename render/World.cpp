@@ -288,7 +288,7 @@ void World::basePass(bool writeColour) {
 
   glDepthFunc(GL_LESS);
   if (!skipping) {
-    for (Mesh* mesh : objects) mesh->draw(3, true, 0, false);
+    for (Mesh* mesh : objects) mesh->draw(meshPassBase, true, 0, false);
   }
   glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
   glDisable(GL_LIGHTING);
@@ -311,7 +311,7 @@ void World::litPass(bool blended) {
       applyLight(*lightMesh, &counter);
       setLightVectors(*lightMesh);
       if (!skipping) {
-        for (Mesh* mesh : objects) mesh->draw(0, true, 0, false);
+        for (Mesh* mesh : objects) mesh->draw(meshPassLight, true, 0, false);
       }
     } else {
       glActiveTextureARB(GL_TEXTURE1_ARB);
@@ -340,7 +340,7 @@ void World::litPass(bool blended) {
             glActiveTextureARB(GL_TEXTURE0_ARB);
           }
           // Unit 1 holds the map: the material's stages 1 and 2 move up one.
-          mesh->draw(2, true, 0, true);
+          mesh->draw(meshPassShadowedLight, true, 0, true);
           if (!receives) {
             glActiveTextureARB(GL_TEXTURE1_ARB);
             glEnable(GL_TEXTURE_2D);
@@ -388,7 +388,7 @@ void World::shadowMapPass() {
                           : 0;
         if (!mesh->materials[m].castsShadow) continue;
         glCullFace(GL_FRONT);
-        mesh->draw(4, true, 0, false);
+        mesh->draw(meshPassDepth, true, 0, false);
       }
     }
     shadowMapEnd(*lightMesh);
@@ -421,7 +421,7 @@ int World::shadowMaskPass(RenderTarget* target, bool prepare) {
     shadowCompareBegin(*lightMesh);
     setLightVectors(*lightMesh);
     if (!skipping) {
-      for (Mesh* mesh : objects) mesh->draw(4, true, 0, false);
+      for (Mesh* mesh : objects) mesh->draw(meshPassDepth, true, 0, false);
     }
     shadowCompareEnd(*lightMesh);
     target->endTarget();
@@ -464,7 +464,7 @@ void World::lightImagePass(int k) {
     glDisable(GL_BLEND);
     setLightVectors(*lightMesh);
     if (!skipping) {
-      for (Mesh* mesh : objects) mesh->draw(2, true, 0, false);
+      for (Mesh* mesh : objects) mesh->draw(meshPassShadowedLight, true, 0, false);
     }
     glActiveTextureARB(GL_TEXTURE1_ARB);
     projectedTextureEnd(*lightMesh);

@@ -5,6 +5,7 @@
 #include "foundation/NoiseField.h"
 #include "foundation/Random.h"
 #include "geometry/Mesh.h"
+#include "render/Overlay.h"
 #include "scenes/SceneSkeleton.h"
 
 void addCubeLattice(SceneSkeleton& scene, const LatticeSpec& spec, const Material& picture, const Material& glow,
@@ -12,27 +13,20 @@ void addCubeLattice(SceneSkeleton& scene, const LatticeSpec& spec, const Materia
   const int32_t count = spec.countX * spec.countY * spec.countZ;
   objects.assign(count, -1);
   homes.assign(count, Vector3());
-  int32_t n = 0;
-  for (int32_t z = 0; z < spec.countZ; ++z) {
-    for (int32_t y = 0; y < spec.countY; ++y) {
-      for (int32_t x = 0; x < spec.countX; ++x, ++n) {
-        objects[n] = scene.world.addModel("./models/cube.a3d", picture);
-        scene.setGlowMaterial(objects[n], glow);
-        scene.markBatch(objects[n], n, count);
-        homes[n] = Vector3(static_cast<float>(x), static_cast<float>(y), static_cast<float>(z)) - spec.centre;
-        const int r = crtRand();
-        const int s = crtRand();
-        const int q = crtRand();
-        Mesh* cube = scene.object(objects[n]);
-        if (!cube) continue;
-        cube->position = homes[n];
-        cube->rotation = Vector3(static_cast<float>((s / 32767.0 - 0.5) * spec.tumble - 90.0),
-                                 static_cast<float>((r / 32767.0 - 0.5) * spec.tumble), 0.0f);
-        cube->useMatrix = true;
-        cube->scale = Vector3(0.25f, static_cast<float>(q / 32767.0 * 0.05 + 0.2), 0.25f);
-      }
-    }
-  }
+  scene.addModelBatch("./models/cube.a3d", count, picture, glow, [&](int32_t n, int32_t index, Mesh* cube) {
+    const int32_t x = n % spec.countX, y = (n / spec.countX) % spec.countY, z = n / (spec.countX * spec.countY);
+    objects[n] = index;
+    homes[n] = Vector3(static_cast<float>(x), static_cast<float>(y), static_cast<float>(z)) - spec.centre;
+    const int r = crtRand();
+    const int s = crtRand();
+    const int q = crtRand();
+    if (!cube) return;
+    cube->position = homes[n];
+    cube->rotation = Vector3(static_cast<float>((s / 32767.0 - 0.5) * spec.tumble - 90.0),
+                             static_cast<float>((r / 32767.0 - 0.5) * spec.tumble), 0.0f);
+    cube->useMatrix = true;
+    cube->scale = Vector3(0.25f, static_cast<float>(q / 32767.0 * 0.05 + 0.2), 0.25f);
+  });
 }
 
 void applyColourFamilies(SceneSkeleton& scene, const ColourFamilies& f, Material& picture, Material& glow,
@@ -42,45 +36,32 @@ void applyColourFamilies(SceneSkeleton& scene, const ColourFamilies& f, Material
     const float a = static_cast<float>(randomSigned());
     const float b = static_cast<float>(randomSigned());
     const float c = static_cast<float>(randomSigned());
-    glow.diffuse = Vector3(a * 1.65f + 2.5f, b * 0.85f + 1.1f, c * 0.34f + 0.5f) * f.glowDiffuse;
-    glow.ambient = Vector3(1, 1, 1) * f.glowAmbient;
-    picture.diffuse = Vector3(a * 1.2f + 1.66f, b * 0.44f + 0.64f, c * 0.23f + 0.36f) * f.pictureDiffuse;
-    picture.ambient = Vector3(a * 0.4f + 0.5f, b * 0.4f + 0.5f, c * 0.4f + 0.5f) * f.pictureAmbient;
-    const double v1 = randomSigned();
-    const double v2 = randomSigned();
-    const double v3 = randomSigned();
-    const double v4 = randomSigned();
-    picture.stageOffsetU[0] = static_cast<float>(v1 + n * 0.232141);
-    picture.stageOffsetV[0] = static_cast<float>(v2 + n * 0.1232141);
-    glow.stageOffsetU[0] = static_cast<float>(v3 + n * 0.232141);
-    glow.stageOffsetV[0] = static_cast<float>(v4 + n * 0.1232141);
-    scene.setGlowMaterial(objects[n], glow);
-    if (Mesh* cube = scene.object(objects[n])) cube->setMaterial(picture);  // currentMaterial is 0 here
+    scene.material(glow)
+        .diffuse(Vector3(a * 1.65f + 2.5f, b * 0.85f + 1.1f, c * 0.34f + 0.5f) * f.glowDiffuse)
+        .ambient(Vector3(1, 1, 1) * f.glowAmbient);
+    scene.material(picture)
+        .diffuse(Vector3(a * 1.2f + 1.66f, b * 0.44f + 0.64f, c * 0.23f + 0.36f) * f.pictureDiffuse)
+        .ambient(Vector3(a * 0.4f + 0.5f, b * 0.4f + 0.5f, c * 0.4f + 0.5f) * f.pictureAmbient);
+    scene.drawStageOffsets(picture, glow, n);
+    scene.applyLooks(objects[n], picture, glow);
   }
 }
 
 int32_t addPlateRing(SceneSkeleton& scene, int32_t count, const Material& picture, const Material& glow) {
-  int32_t first = -1;
-  for (int32_t i = 0; i < count; ++i) {
-    const int32_t index = scene.world.addBox(3, 3, picture, false, true);
-    if (i == 0) first = index;
-    scene.setGlowMaterial(index, glow);
-    scene.markBatch(index, i, count);
+  return scene.addBoxBatch(count, picture, glow, [](int32_t i, int32_t, Mesh* plate) {
     const double r1 = randomUnit();
     const double r2 = randomUnit();
     const double s1 = randomSigned();
     const double s2 = randomSigned();
     const double s3 = randomSigned();
-    Mesh* plate = scene.object(index);
-    if (!plate) continue;
+    if (!plate) return;
     const double angle = static_cast<double>(i);  // radians
     plate->position = Vector3(static_cast<float>(std::sin(angle) * (2.0 * r2 + 20.0)),
                               static_cast<float>(std::cos(angle) * (2.0 * r1 + 20.0)), 4.0f);
     plate->rotation = Vector3(0.0f, static_cast<float>(s2 * 180.0), static_cast<float>(s1 * 20.0));
     plate->useMatrix = true;
     plate->scale = Vector3(5.0f, 5.0f, static_cast<float>(2.0 * s3 + 10.0));
-  }
-  return first;
+  });
 }
 
 Vector3 noisePlace(NoiseField& x, NoiseField& y, NoiseField& z, const Vector3& p, int octavesX, int octavesY,
@@ -91,33 +72,11 @@ Vector3 noisePlace(NoiseField& x, NoiseField& y, NoiseField& z, const Vector3& p
   return Vector3(px, py, pz);
 }
 
-namespace {
-
-// The title quad at z = -1, corners at +-h, the image upright.
-void layerQuad(float h) {
-  glBegin(GL_QUADS);
-  glTexCoord2f(0.0f, 1.0f);
-  glVertex3f(-h, -h, -1.0f);
-  glTexCoord2f(1.0f, 1.0f);
-  glVertex3f(h, -h, -1.0f);
-  glTexCoord2f(1.0f, 0.0f);
-  glVertex3f(h, h, -1.0f);
-  glTexCoord2f(0.0f, 0.0f);
-  glVertex3f(-h, h, -1.0f);
-  glEnd();
-}
-
-}  // namespace
-
 void drawTitleLayers(const TitleLayers& title, NoiseField& a, NoiseField& c, float slide, float g, float X) {
   glEnable(GL_TEXTURE_2D);
   glTranslatef(0.0f, 0.0f, slide * 0.15f - 0.1f);
-  glBindTexture(GL_TEXTURE_2D, title.texture);
-  glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
-  glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP);
-  glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP);
-  glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
-  glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
+  bindTitleTexture(title.texture, GL_MODULATE);
+  linearFilters();
   glBlendFunc(GL_SRC_ALPHA, title.blendDestination);
   glDisable(GL_CULL_FACE);
   glDisable(GL_DEPTH_TEST);
@@ -128,9 +87,9 @@ void drawTitleLayers(const TitleLayers& title, NoiseField& a, NoiseField& c, flo
     glScalef((a.sample(p1) * 0.2f + i / 25.0f) * g * 10.5f + 1.0f, c.sample(p2) * title.heightSpread * g + 1.0f,
              1.0f);
     glColor4f(title.rim.x, title.rim.y, title.rim.z, title.rimAlpha);
-    layerQuad(1.05f);
+    texturedQuad(1.05f);
     glColor4f(0.02f, 0.02f, 0.02f, title.coreAlpha);
-    layerQuad(1.0f);
+    texturedQuad(1.0f);
     glPopMatrix();
   }
 }

@@ -17,7 +17,6 @@ class NoiseField;
 class SceneBordersMeetus : public SceneSkeleton {
  public:
   SceneBordersMeetus(Demo* demo, const std::string& name);
-  ~SceneBordersMeetus() override;
 
   void animate(float sceneSeconds, float demoSeconds, int32_t stepMs) override;
   // The beat flash: a white screen quad of alpha beatFlash(S), when not 0.
@@ -25,14 +24,11 @@ class SceneBordersMeetus : public SceneSkeleton {
 
   // The beats, in scene seconds: groups of three, one second apart.
   static const float beats[23];
-  // f = easeOut(0, 0.75) + the sum of easeOut(b, 0.75) over the beats b < S;
-  // the flash is f^4. Overlapping flashes add before the power, so it may
-  // exceed 1 (GL clamps the colour).
+  // f = beatSum(S, beatList, beatCount, 0.75): easeOut(0, 0.75) + the sum of
+  // easeOut(b, 0.75) over the beats b < S; the flash is f^4. Overlapping
+  // flashes add before the power, so it may exceed 1 (GL clamps the colour).
   static float beatFlash(float S, const float* beatList, int beatCount);
   static float beatFlash(float S);
-  // The white quad of the flash at alpha `flash`, in the camera's projection
-  // at z = -0.5 of the eye, alpha blended; leaves GL_TEXTURE_2D on.
-  static void drawFlash(float flash);
 
   // Where the swarm samples the noise for a cube at home h, with the two
   // spreading envelopes E1, E2 and the shifted demo time T:
@@ -44,9 +40,9 @@ class SceneBordersMeetus : public SceneSkeleton {
   int32_t lightObject;               // object index of the light
   std::vector<int32_t> cubeObjects;  // 451: 0 the slab, 1..450 the swarm
   uint32_t glareCount;               // 2: billboards 0 and 1 follow the light
-  NoiseField* noiseX;                // owned, NoiseField(6, 100)
-  NoiseField* noiseY;                // owned, NoiseField(6, 101)
-  NoiseField* noiseZ;                // owned, NoiseField(6, 102)
+  NoiseField* noiseX;                // NoiseField(6, 100), owned by the skeleton
+  NoiseField* noiseY;                // NoiseField(6, 101), owned by the skeleton
+  NoiseField* noiseZ;                // NoiseField(6, 102), owned by the skeleton
   int32_t cubeCount;                 // 450
   std::vector<Vector3> cubeHomes;    // rest position of each swarm cube
   uint32_t dustCount;                // 300 billboards after the glare ones

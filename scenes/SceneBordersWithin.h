@@ -46,9 +46,9 @@ class SceneBordersWithin : public SceneSkeleton {
   int32_t lightObject;                  // object index of the light
   std::vector<int32_t> objectIds;       // 430 entries: 0 the back plate, 1..420 the cubes, the rest unused
   uint32_t flareCount;                  // 2: billboards 0 and 1
-  NoiseField* noiseA;                   // owned, NoiseField(6, 111)
-  NoiseField* noiseB;                   // owned, NoiseField(6, 121)
-  NoiseField* noiseC;                   // owned, NoiseField(6, 131)
+  NoiseField* noiseA;                   // owned by the skeleton, NoiseField(6, 111)
+  NoiseField* noiseB;                   // owned by the skeleton, NoiseField(6, 121)
+  NoiseField* noiseC;                   // owned by the skeleton, NoiseField(6, 131)
   int32_t cubeCount;                    // 420
   std::vector<Vector3> basePositions;   // the lattice, 420 entries
   uint32_t moteCount;                   // 150: billboards 2 to 151

@@ -39,9 +39,9 @@ class SceneBordersWithme : public SceneSkeleton {
   int32_t lightObject;              // object index of the light
   std::vector<int32_t> objects;     // 50,000 entries: 0 the backdrop, 1..640 the tiles, the rest unused
   uint32_t billboardGlareCount;     // 2: billboards 0 and 1
-  NoiseField* noiseX;               // owned, NoiseField(6, 100)
-  NoiseField* noiseY;               // owned, NoiseField(6, 101)
-  NoiseField* noiseZ;               // owned, NoiseField(6, 102)
+  NoiseField* noiseX;               // owned by the skeleton, NoiseField(6, 100)
+  NoiseField* noiseY;               // owned by the skeleton, NoiseField(6, 101)
+  NoiseField* noiseZ;               // owned by the skeleton, NoiseField(6, 102)
   int32_t tileCount;                // 640
   std::vector<Vector3> tileHomes;   // the rest position of each tile
   int32_t fleckCount;               // 300: billboards 2 to 301

@@ -58,9 +58,9 @@ class SceneBordersWithout : public SceneSkeleton {
   int32_t lightObject;                  // object index of the light
   std::vector<int32_t> objectIds;       // 410 entries: 0 the back plate, 1..400 the cubes, the rest unused
   uint32_t flareCount;                  // 2: billboards 0 and 1
-  NoiseField* noiseA;                   // owned, NoiseField(6, 100)
-  NoiseField* noiseB;                   // owned, NoiseField(6, 101)
-  NoiseField* noiseC;                   // owned, NoiseField(6, 102)
+  NoiseField* noiseA;                   // owned by the skeleton, NoiseField(6, 100)
+  NoiseField* noiseB;                   // owned by the skeleton, NoiseField(6, 101)
+  NoiseField* noiseC;                   // owned by the skeleton, NoiseField(6, 102)
   Vector3 savedMotePositions[600];      // the first moteCount used
   int32_t cubeCount;                    // 400
   std::vector<Vector3> basePositions;   // the lattice, 400 entries

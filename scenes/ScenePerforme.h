@@ -16,7 +16,6 @@ class NoiseField;
 class ScenePerforme : public SceneSkeleton {
  public:
   ScenePerforme(Demo* demo, const std::string& name);
-  ~ScenePerforme() override;
 
   void animate(float sceneSeconds, float demoSeconds, int32_t stepMs) override;
   // The maker titles; draws nothing (and draws no random numbers) while both
@@ -29,9 +28,9 @@ class ScenePerforme : public SceneSkeleton {
   static float ksStrength(float t);
 
   int32_t lightObject;              // object index of the light
-  NoiseField* noiseA;               // owned; bones and motes
-  NoiseField* noiseB;               // owned; motes
-  NoiseField* noiseC;               // owned; motes
+  NoiseField* noiseA;               // owned by the skeleton; bones and motes
+  NoiseField* noiseB;               // owned by the skeleton; motes
+  NoiseField* noiseC;               // owned by the skeleton; motes
   uint32_t boneCount;               // 256
   std::vector<int32_t> objectIds;   // 261 entries: 0 the back plate, 1..256 the bones, the rest unused
   uint32_t flareCount;              // 3: billboards 0 to 2

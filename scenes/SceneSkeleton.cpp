@@ -7,8 +7,10 @@
 #include "core/Demo.h"
 #include "foundation/Camera.h"
 #include "foundation/Capabilities.h"
+#include "foundation/NoiseField.h"
 #include "foundation/Random.h"
 #include "geometry/Mesh.h"
+#include "render/Billboard.h"
 #include "render/Light.h"
 #include "render/RenderTarget.h"
 #include "texture/TextureStore.h"
@@ -22,8 +24,6 @@ SceneSkeleton::SceneSkeleton(Demo* demo_, const std::string& name_)
       camera(nullptr),
       spareTransform(nullptr),
       glowPasses(7),
-      glowSourceWritesColour(true),
-      glowAmountDrop(0.0f),
       glowFadeOut(0.0f),
       glowBlurAmount(0.45f),
       glowBlurMode(0.0f),
@@ -32,7 +32,7 @@ SceneSkeleton::SceneSkeleton(Demo* demo_, const std::string& name_)
       glowBlurZoomPow(1.0f),
       glowBlurAlpha(1.0f) {}
 
-SceneSkeleton::~SceneSkeleton() { delete spareTransform; }
+SceneSkeleton::~SceneSkeleton() { delete spareTransform; }  // the noise fields go with their vector
 
 void SceneSkeleton::setUpCamera(const std::string& cameraName, float fieldOfView, const Vector3& eye,
                                 const Vector3& target) {
@@ -70,6 +70,11 @@ void SceneSkeleton::setUsualGlowDefaults() {
   glowBlurZoomPowBase = 1.5f;
   glowBlurZoomPow = 1.0f;
   glowBlurAlpha = 1.0f;
+}
+
+void SceneSkeleton::addUsualGlowGroup() {
+  setUsualGlowDefaults();
+  registerGlowParameters();
 }
 
 void SceneSkeleton::registerGlowParameters() {
@@ -115,36 +120,10 @@ void SceneSkeleton::markBatch(int32_t index, int32_t i, int32_t count) {
   }
 }
 
-int32_t SceneSkeleton::addBoxRing(const Material& picture, const Material& glow, const RingShape& shape) {
-  const int32_t boxCount = shape.count;
-  int32_t first = -1;
-  for (int32_t i = 0; i < boxCount; ++i) {
-    const int32_t index = world.addBox(3, 3, picture, false, true);
-    if (i == 0) first = index;
-    setGlowMaterial(index, glow);
-    markBatch(index, i, boxCount);
-    // The order of these draws places the ring.
-    const double r1 = randomUnit();
-    const double r2 = randomUnit();
-    const double s1 = randomSigned();
-    const double s2 = randomSigned();
-    const double r3 = randomUnit();
-    Mesh* box = object(index);
-    if (!box) continue;
-    const double angle = static_cast<double>(i);  // radians
-    box->position = Vector3(static_cast<float>(std::sin(angle) * (r2 * shape.xSpread + shape.xRadius)),
-                            static_cast<float>(std::cos(angle) * (r1 * shape.ySpread + shape.yRadius)), 9.0f);
-    box->rotation = Vector3(0.0f, static_cast<float>(s2 * 50.0), static_cast<float>(s1 * 20.0));
-    box->useMatrix = true;
-    box->scale = Vector3(5.0f, 5.0f, static_cast<float>(r3 * shape.depthSpread + shape.depthBase));
-  }
-  return first;
-}
-
-int32_t SceneSkeleton::addStandardLight() {
+int32_t SceneSkeleton::addStandardLight(float ambientLevel) {
   LightParameters light;
   light.enabled = true;
-  const float ambient[4] = {0.5f, 0.5f, 0.5f, 1.0f};
+  const float ambient[4] = {ambientLevel, ambientLevel, ambientLevel, 1.0f};
   const float diffuse[4] = {2.0f, 2.0f, 2.0f, 1.0f};
   const float specular[4] = {0.0f, 0.0f, 0.0f, 1.0f};
   const float modelAmbient[4] = {0.0f, 0.0f, 0.0f, 1.0f};
@@ -186,9 +165,191 @@ void SceneSkeleton::placeLightAimedAtOrigin(int32_t lightIndex, const Vector3& p
 }
 
 // ===========================================================================
+// The kit: looks, batches, light, flares, dust
+// ===========================================================================
+MaterialBuilder SceneSkeleton::material(Material& m) const { return MaterialBuilder(m, demo->textures); }
+
+void SceneSkeleton::applyLooks(int32_t index, const Material& picture, const Material& glow) {
+  setGlowMaterial(index, glow);
+  if (Mesh* mesh = object(index)) mesh->setMaterial(picture);  // currentMaterial is 0 again
+}
+
+void SceneSkeleton::drawStageOffsets(Material& picture, Material& glow, int32_t i) {
+  // Each draw is made before its own sum, in this order.
+  const double pu = randomSigned();
+  picture.stageOffsetU[0] = static_cast<float>(pu + i * 0.232141);
+  const double pv = randomSigned();
+  picture.stageOffsetV[0] = static_cast<float>(pv + i * 0.1232141);
+  const double gu = randomSigned();
+  glow.stageOffsetU[0] = static_cast<float>(gu + i * 0.232141);
+  const double gv = randomSigned();
+  glow.stageOffsetV[0] = static_cast<float>(gv + i * 0.1232141);
+}
+
+int32_t SceneSkeleton::addModel(const char* fileName, const Material& picture, const Material& glow) {
+  const int32_t index = world.addModel(fileName, picture);
+  setGlowMaterial(index, glow);
+  return index;
+}
+
+int32_t SceneSkeleton::addBackdrop(const char* fileName, const Material& picture, const Material& glow,
+                                   const Vector3& scale, const Vector3& position) {
+  const int32_t index = addModel(fileName, picture, glow);
+  if (Mesh* mesh = object(index)) {
+    mesh->scale = scale;
+    mesh->position = position;
+  }
+  return index;
+}
+
+int32_t SceneSkeleton::addModelBatch(const char* fileName, int32_t count, const Material& picture,
+                                     const Material& glow, const Placing& place) {
+  int32_t first = -1;
+  for (int32_t i = 0; i < count; ++i) {
+    const int32_t index = addModel(fileName, picture, glow);
+    if (i == 0) first = index;
+    markBatch(index, i, count);
+    place(i, index, object(index));  // also for a missing model, so that the draws stay the same
+  }
+  return first;
+}
+
+int32_t SceneSkeleton::addBoxBatch(int32_t count, const Material& picture, const Material& glow,
+                                   const Placing& place) {
+  int32_t first = -1;
+  for (int32_t i = 0; i < count; ++i) {
+    const int32_t index = world.addBox(3, 3, picture, false, true);
+    if (i == 0) first = index;
+    setGlowMaterial(index, glow);
+    markBatch(index, i, count);
+    place(i, index, object(index));
+  }
+  return first;
+}
+
+int32_t SceneSkeleton::addBoxRing(const Material& picture, const Material& glow, const RingShape& shape) {
+  return addBoxBatch(shape.count, picture, glow, [&shape](int32_t i, int32_t, Mesh* box) {
+    // The order of these draws places the ring.
+    const double r1 = randomUnit();
+    const double r2 = randomUnit();
+    const double s1 = randomSigned();
+    const double s2 = randomSigned();
+    const double r3 = randomUnit();
+    if (!box) return;
+    const double angle = static_cast<double>(i);  // radians
+    box->position = Vector3(static_cast<float>(std::sin(angle) * (r2 * shape.xSpread + shape.xRadius)),
+                            static_cast<float>(std::cos(angle) * (r1 * shape.ySpread + shape.yRadius)), 9.0f);
+    box->rotation = Vector3(0.0f, static_cast<float>(s2 * 50.0), static_cast<float>(s1 * 20.0));
+    box->useMatrix = true;
+    box->scale = Vector3(5.0f, 5.0f, static_cast<float>(r3 * shape.depthSpread + shape.depthBase));
+  });
+}
+
+NoiseField* SceneSkeleton::makeNoiseField(int bits, uint32_t seed) {
+  ownedNoiseFields.push_back(std::make_unique<NoiseField>(bits, seed));
+  return ownedNoiseFields.back().get();
+}
+
+uint32_t SceneSkeleton::addFlares(const FlareSpec& spec) {
+  const uint32_t first = static_cast<uint32_t>(world.billboards.size());
+  for (uint32_t i = 0; i < spec.count; ++i) {
+    Billboard* flare = new Billboard(camera, true);
+    flare->texture = texture(spec.texture);
+    flare->halfSize = spec.halfSize;
+    const int firstDraw = crtRand();
+    (void)crtRand();  // drawn and dropped
+    const int thirdDraw = crtRand();
+    flare->position = Vector3(static_cast<float>((firstDraw / 32767.0) * 5.0 + 10.0), 0.0f,
+                              static_cast<float>(2.0 * (thirdDraw / 32767.0 - 0.5) * 30.0));  // the first frame moves it
+    flare->alpha = spec.alpha;
+    const int c = crtRand();  // dropped for a fixed colour
+    if (spec.colourRule == FlareSpec::fixedColour) {
+      flare->colour = spec.colour;
+    } else {
+      // warmFromRaw keeps the raw 15-bit value on purpose: the channels land
+      // far above 1 and GL clamps them, so those flares burn white.
+      const double f = spec.colourRule == FlareSpec::warmFromRaw ? static_cast<double>(c) : c / 32767.0;
+      flare->colour = Vector3(static_cast<float>(f * 0.1 + 0.9), static_cast<float>(f * 0.06 + 0.63),
+                              static_cast<float>(f * 0.03 + 0.4)) *
+                      spec.warmScale;
+    }
+    world.billboards.push_back(flare);
+  }
+  return first;
+}
+
+uint32_t SceneSkeleton::addDust(const DustSpec& spec) {
+  const uint32_t first = static_cast<uint32_t>(world.billboards.size());
+  for (uint32_t m = 0; m < spec.count; ++m) {
+    const uint32_t j = first + m;  // the billboard index picks the texture
+    Billboard* mote = new Billboard(camera, true);
+    mote->texture = texture(j % 2 == 0 ? "mustis2" : "mustis5");
+    const float size = static_cast<float>(spec.sizeScale * (randomSigned() * 0.025 + 0.15));
+    mote->halfSize = Vector3(size, size, 1.0f);
+    const double a = randomSigned();
+    const double b = randomSigned();
+    const double c = randomSigned();
+    mote->position = Vector3(static_cast<float>(c * spec.spread.x), static_cast<float>(b * spec.spread.y),
+                             static_cast<float>(a * spec.spread.z + spec.depth));
+    mote->alpha = spec.alpha;
+    mote->colour = spec.colour;
+    mote->blendMode = 1;
+    mote->castsShadow = true;
+    mote->tiled = spec.tiled;
+    mote->tileSpacing = 0.0f;
+    if (spec.tileSpacingDraw != 0.0) mote->tileSpacing = static_cast<float>(randomUnit() * spec.tileSpacingDraw);
+    if (spec.shadeByDraw) mote->colour = spec.colour * static_cast<float>((1.0 - randomUnit() * 0.95) * 1.5);
+    world.billboards.push_back(mote);
+  }
+  return first;
+}
+
+Vector3 SceneSkeleton::objectPosition(int32_t index) const {
+  const Mesh* mesh = object(index);
+  return mesh ? mesh->position : Vector3(0, 0, 0);
+}
+
+Vector3 SceneSkeleton::orbitLight(int32_t lightIndex, float angle, float scale) {
+  placeLightAimedAtOrigin(lightIndex,
+                          Vector3(12.5f * std::cos(angle) * scale, 10.5f * std::sin(angle * 0.5f) * scale, -9.0f));
+  return objectPosition(lightIndex);
+}
+
+void SceneSkeleton::flaresFollow(uint32_t first, uint32_t count, float u, const Vector3& lightPosition,
+                                 const FlareOrbit& orbit) {
+  for (uint32_t i = 0; i < count && first + i < world.billboards.size(); ++i) {
+    const float fi = static_cast<float>(i);
+    const float q = u * 0.2f;
+    const Vector3 offset(std::sin(fi * orbit.phaseX + q) * orbit.size.x,
+                         std::cos(u * 0.314f + fi * orbit.phaseY) * orbit.size.y,
+                         std::cos(std::sin(fi * orbit.phaseZ + q)) * orbit.size.z);
+    world.billboards[first + i]->position = offset + lightPosition;
+  }
+}
+
+void SceneSkeleton::driftDust(uint32_t first, uint32_t count, NoiseField* x, NoiseField* y, NoiseField* z,
+                              float time, int32_t stepMs, const DustDrift& drift) {
+  const float step = static_cast<float>(stepMs) / 1000.0f;
+  for (uint32_t m = 0; m < count && first + m < world.billboards.size(); ++m) {
+    Billboard* mote = world.billboards[first + m];
+    mote->timeStep = step;
+    mote->time = time;
+    const Vector3 p = mote->position * drift.sampleScale;
+    const float dx = x->fractalSum(p, 5);
+    const float dy = y->fractalSum(p, 5);
+    const float dz = z->fractalSum(p, 5);
+    Vector3 d = Vector3(dx, dy, dz) * step;
+    d.z *= drift.zScale;
+    mote->position += d;
+  }
+}
+
+// ===========================================================================
 // The frame
 // ===========================================================================
 void SceneSkeleton::drawOverlay(float, float, int32_t) {}
+
+void SceneSkeleton::drawIntoGlowSource(float, float) {}
 
 void SceneSkeleton::render(int32_t timeMs, int32_t stepMs) {
   sceneTimeMs += stepMs;
@@ -197,7 +358,7 @@ void SceneSkeleton::render(int32_t timeMs, int32_t stepMs) {
 
   animate(sceneSeconds, demoSeconds, stepMs);
 
-  renderGlowSource();
+  renderGlowSource(sceneSeconds, demoSeconds);
   renderGlowBlur();
   camera->release();
   demo->renderTargets->lowResolution = 0;
@@ -212,7 +373,7 @@ void SceneSkeleton::render(int32_t timeMs, int32_t stepMs) {
 
 // The picture of material slot 1 at half size, into slot + 1. Leaves the
 // low camera applied.
-void SceneSkeleton::renderGlowSource() {
+void SceneSkeleton::renderGlowSource(float sceneSeconds, float demoSeconds) {
   RenderTarget* targets = demo->renderTargets;
   targets->lowResolution = 1;
   camera->applyLow();
@@ -220,6 +381,7 @@ void SceneSkeleton::renderGlowSource() {
   glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
   glEnable(GL_DEPTH_TEST);
   world.render(camera, 0, true, 1, false, targets, true, true, true, glowSourceWritesColour);
+  drawIntoGlowSource(sceneSeconds, demoSeconds);
   targets->lowResolution = 1;  // the direct path may leave it otherwise
   targets->endTarget();
   if (!useFramebufferObjects) targets->copyToSlot(targets->firstFreeSlot + 1);

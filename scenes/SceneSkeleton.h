@@ -7,18 +7,28 @@
 // Times: render() takes signed 32-bit milliseconds like every Scene; the
 // hooks get float seconds (scene clock and demo clock) and the raw step in ms.
 // Camera and object angles are degrees. GL thread only.
+//
+// The kit: the helpers under "construction helpers" and "per-frame helpers"
+// build the shapes of scenes/SceneKit.h (read its usage section first).
+// Scenes reach the engine only through the Demo they are given.
 #pragma once
 #include <cstdint>
+#include <functional>
+#include <memory>
 #include <string>
+#include <vector>
 
 #include "foundation/Vector3.h"
+#include "render/MaterialBuilder.h"
 #include "render/World.h"
 #include "scenes/Scene.h"
+#include "scenes/SceneKit.h"
 
 class Camera;
 class Demo;
 struct Material;
 class Mesh;
+class NoiseField;
 
 // Made by the constructor, freed by the destructor, read by nobody: nine
 // floats 1.0, seventeen floats 0 and two flag bytes 0 and 1, 27 words in all.
@@ -28,18 +38,6 @@ struct SpareTransform {
   uint8_t flags[2];
 };
 static_assert(sizeof(SpareTransform) == 27 * 4, "the spare record is 27 32-bit words");
-
-// The ring of long boxes that stands behind several scenes, `count` boxes around
-// the z axis at z = 9. Box i (i in radians) with the draws r1, r2, s1, s2, r3,
-// in that order (r: randomUnit, s: randomSigned):
-//   position (sin(i) (r2 xSpread + xRadius), cos(i) (r1 ySpread + yRadius), 9)
-//   rotation (0, s2 50, s1 20); scale (5, 5, r3 depthSpread + depthBase)
-struct RingShape {
-  float xSpread = 20.0f, xRadius = 35.0f;
-  float ySpread = 20.0f, yRadius = 35.0f;
-  float depthSpread = 10.0f, depthBase = 15.0f;
-  int32_t count = 100;
-};
 
 class SceneSkeleton : public Scene {
  public:
@@ -51,7 +49,9 @@ class SceneSkeleton : public Scene {
   // The common frame, in this order:
   //  1. sceneTimeMs += stepMs; animate(sceneTimeMs/1000, timeMs/1000, stepMs)
   //  2. renderGlowSource(): slot+1 at half size, material slot 1, direct path
-  //  3. renderGlowBlur(): glowPass from slot+1 into slot, glowPasses rounds
+  //     (base colour by glowSourceWritesColour), then drawIntoGlowSource()
+  //  3. renderGlowBlur(): glowPass from slot+1 into slot, glowPasses rounds,
+  //     amount glowBlurAmount - glowAmountDrop
   //  4. renderFinalPicture(): material slot 0, soft shadows with low masks
   //  5. drawGlow(): slot over the picture, mode 3 (glowBlurMode 0) or 2
   //  6. drawOverlay(), then the camera is released and lowResolution is 0.
@@ -64,8 +64,12 @@ class SceneSkeleton : public Scene {
   // lowResolution 1. Nothing by default.
   virtual void drawOverlay(float sceneSeconds, float demoSeconds, int32_t stepMs);
 
+  // Drawn into the glow source after the World, still in its target with the
+  // low camera applied (text that shows only as glow). Nothing by default.
+  virtual void drawIntoGlowSource(float sceneSeconds, float demoSeconds);
+
   // The passes of render(), for scenes whose frame differs.
-  void renderGlowSource();
+  void renderGlowSource(float sceneSeconds, float demoSeconds);
   void renderGlowBlur();
   void renderFinalPicture();
   void drawGlow();
@@ -84,6 +88,9 @@ class SceneSkeleton : public Scene {
   void registerGlowParameters();
   // Puts the usual values into the glow group (0, 0.45, 0, 0, 1.5, 1, 1).
   void setUsualGlowDefaults();
+  // The last step of most constructors: the usual defaults, then the seven
+  // glow Parameters registered.
+  void addUsualGlowGroup();
 
   // The texture's GL name from the demo's store, noTexture for unknown names.
   uint32_t texture(const char* textureName) const;
@@ -97,16 +104,77 @@ class SceneSkeleton : public Scene {
   // and restoreState, the last clears setupState and sets batchLast. A
   // batch of one is left as it is.
   void markBatch(int32_t index, int32_t i, int32_t count);
-  // The ring above as one batch of addBox(3, 3, picture, false, true) with
-  // the glow material in slot 1, drawing five numbers per box from the
-  // generator as it stands. Returns the object index of the first box.
+  // A material builder on `m`, resolving texture names through the demo's
+  // store (render/MaterialBuilder.h).
+  MaterialBuilder material(Material& m) const;
+  // Glow to material slot 1 (currentMaterial back to 0), then the picture
+  // to slot 0: a mesh's two looks in one call. Skips a missing object.
+  void applyLooks(int32_t index, const Material& picture, const Material& glow);
+  // Four draws (randomSigned), in this order, for the stage 0 offsets of the
+  // i-th object of a group, each piece of the texture another:
+  //   picture U = s + i 0.232141, picture V = s + i 0.1232141,
+  //   glow U = s + i 0.232141,    glow V = s + i 0.1232141
+  void drawStageOffsets(Material& picture, Material& glow, int32_t i);
+
+  // The placing callback of a batch: i counts from 0; index is what the add
+  // operation returned; mesh is that object, or null when the model file did
+  // not load. It runs in both cases, so that its random draws keep the
+  // sequence whatever the disk holds.
+  using Placing = std::function<void(int32_t i, int32_t index, Mesh* mesh)>;
+
+  // world.addModel(fileName, picture) with the glow material in slot 1; the
+  // index (negative when the file did not load). No random draws.
+  int32_t addModel(const char* fileName, const Material& picture, const Material& glow);
+  // A model as a still backdrop (the plate, slab or wall behind a scene):
+  // addModel above, then scale and position. No random draws.
+  int32_t addBackdrop(const char* fileName, const Material& picture, const Material& glow, const Vector3& scale,
+                      const Vector3& position);
+  // `count` models of one file as one batch (markBatch), each with the two
+  // materials, then place(i, index, mesh). The draws are the callback's.
+  // Returns the index of the first.
+  int32_t addModelBatch(const char* fileName, int32_t count, const Material& picture, const Material& glow,
+                        const Placing& place);
+  // The same with addBox(3, 3, picture, false, true) for every object.
+  int32_t addBoxBatch(int32_t count, const Material& picture, const Material& glow, const Placing& place);
+  // The ring of SceneKit.h as one box batch, drawing five numbers per box
+  // (r1, r2, s1, s2, r3) from the generator as it stands. Returns the object
+  // index of the first box.
   int32_t addBoxRing(const Material& picture, const Material& glow, const RingShape& shape = RingShape());
+
+  // A NoiseField(bits, seed) that the scene owns (freed with it). Its seeding
+  // draws from the generator, so it is made at the point of construction
+  // that the scene's design names: the next group goes on from there.
+  NoiseField* makeNoiseField(int bits, uint32_t seed);
+
   // The standard production light: the light block every scene adds, made
-  // with `projectedTexture` "solidnoisebump" and a 1024 shadow map; returns
-  // the object index of addLight.
-  int32_t addStandardLight();
+  // with `projectedTexture` "solidnoisebump" and a 1024 shadow map, ambient
+  // (a, a, a, 1); returns the object index of addLight. No random draws.
+  int32_t addStandardLight(float ambientLevel = 0.5f);
+  // Flares of the spec (SceneKit.h), appended to the World's billboards;
+  // returns the billboard index of the first. Four draws per flare.
+  uint32_t addFlares(const FlareSpec& spec);
+  // Dust of the spec (SceneKit.h), appended; returns the billboard index of
+  // the first. Four to six draws per mote, as the spec says.
+  uint32_t addDust(const DustSpec& spec);
+
+  // ---- per-frame helpers (no random draws) ------------------------------------
+
   // Places a light object at `position` and aims its Light at the origin.
   void placeLightAimedAtOrigin(int32_t lightIndex, const Vector3& position);
+  // The wandering light's orbit at angle a (radians):
+  //   (12.5 cos(a) scale, 10.5 sin(a 0.5) scale, -9), aimed at the origin.
+  // Returns that position.
+  Vector3 orbitLight(int32_t lightIndex, float angle, float scale = 1.0f);
+  // The object's position, or the origin when there is no such object.
+  Vector3 objectPosition(int32_t index) const;
+  // Billboards first .. first + count - 1 hang round `lightPosition` at time
+  // u by `orbit` (SceneKit.h).
+  void flaresFollow(uint32_t first, uint32_t count, float u, const Vector3& lightPosition,
+                    const FlareOrbit& orbit = FlareOrbit());
+  // Billboards first .. first + count - 1 drift by `drift` (SceneKit.h)
+  // through the three fields; `time` goes to each mote's time field.
+  void driftDust(uint32_t first, uint32_t count, NoiseField* x, NoiseField* y, NoiseField* z, float time,
+                 int32_t stepMs, const DustDrift& drift = DustDrift());
 
   // ---- fields ---------------------------------------------------------------
 
@@ -116,8 +184,11 @@ class SceneSkeleton : public Scene {
   SpareTransform* spareTransform;   // owned, never read
 
   int32_t glowPasses;               // glowPass rounds of this scene
-  bool glowSourceWritesColour;      // baseWritesColour of the glow source's World::render (true)
-  float glowAmountDrop;             // subtracted from glowBlurAmount in the blur, per frame (0)
+  // Scene-set per frame where the design says so: the glow source's base
+  // pass writes colour (World::render's last argument), and the glowPass
+  // amount is glowBlurAmount - glowAmountDrop (the glow tightens on a beat).
+  bool glowSourceWritesColour = true;
+  float glowAmountDrop = 0.0f;
 
   // The glow group, registered at the end of each scene's constructor.
   float glowFadeOut;
@@ -127,4 +198,7 @@ class SceneSkeleton : public Scene {
   float glowBlurZoomPowBase;
   float glowBlurZoomPow;
   float glowBlurAlpha;
+
+ private:
+  std::vector<std::unique_ptr<NoiseField>> ownedNoiseFields;  // made by makeNoiseField
 };

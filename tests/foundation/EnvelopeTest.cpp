@@ -103,3 +103,32 @@ TEST(Envelope, EaseWindowIsInTimesOut) {
   e.outStart = 1.5f;
   EXPECT_NEAR(e.easeWindow(2.0f, 1, 1), e.easeIn(2.0f, 1, 1) * (0.5f - 0.5f * std::cos(0.875f * 3.1415927f)), 1e-6f);
 }
+
+TEST(Envelope, OneExpressionFormsAreTheEnvelopeOperations) {
+  Envelope in = envelope(12.0f, 6.0f);
+  for (float t : {11.0f, 12.0f, 13.5f, 15.0f, 18.0f, 19.0f}) {
+    EXPECT_EQ(easeInAt(t, 12.0f, 6.0f), in.easeIn(t, 1.0f, 1.0f)) << t;
+    EXPECT_EQ(easeOutAt(t, 12.0f, 6.0f), in.easeOut(t, 1.0f, 1.0f)) << t;
+    EXPECT_EQ(easeInAt(t, 12.0f, 6.0f, 1.0f, 2.0f), in.easeIn(t, 1.0f, 2.0f)) << t;
+  }
+  EXPECT_FLOAT_EQ(easeInAt(15.0f, 12.0f, 6.0f), 0.5f);
+  Envelope window = envelope(21.4f, 0.5f);
+  window.outStart = 22.5f;
+  window.outDuration = 0.15f;
+  for (float t : {21.0f, 21.6f, 22.0f, 22.55f, 23.0f}) {
+    EXPECT_EQ(easeWindowAt(t, 21.4f, 0.5f, 22.5f, 0.15f), window.easeWindow(t, 1.0f, 1.0f)) << t;
+  }
+  EXPECT_FLOAT_EQ(easeWindowAt(22.0f, 21.4f, 0.5f, 22.5f, 0.15f), 1.0f);
+}
+
+TEST(Envelope, BeatSumCountsTheStartAndEveryBeatPassed) {
+  const float beats[] = {1.0f, 1.5f};
+  EXPECT_FLOAT_EQ(beatSum(0.0f, beats, 2, 0.75f), 1.0f) << "the start always counts";
+  EXPECT_EQ(beatSum(0.75f, beats, 2, 0.75f), 0.0f);
+  EXPECT_EQ(beatSum(1.0f, beats, 2, 0.75f), 0.0f) << "a beat counts once t is past it";
+  EXPECT_NEAR(beatSum(1.001f, beats, 2, 0.75f), 1.0f, 1e-4);
+  // Overlapping beats add: at 1.6 both are on.
+  EXPECT_FLOAT_EQ(beatSum(1.6f, beats, 2, 0.75f), easeOutAt(1.6f, 1.0f, 0.75f) + easeOutAt(1.6f, 1.5f, 0.75f));
+  EXPECT_GT(beatSum(1.5001f, beats, 2, 0.75f), 1.0f);
+  EXPECT_EQ(beatSum(3.0f, beats, 2, 0.75f), 0.0f);
+}

@@ -4,12 +4,14 @@
 
 #include <cmath>
 
+#include "SceneExpectations.h"
 #include "SceneTestDemo.h"
 #include "foundation/Camera.h"
 #include "foundation/NoiseField.h"
 #include "geometry/Mesh.h"
 #include "render/Billboard.h"
 #include "render/Light.h"
+#include "render/Overlay.h"
 #include "scenes/SceneBordersMeetus.h"
 
 namespace {
@@ -19,26 +21,32 @@ constexpr int firstPillar = 1;
 constexpr int firstCube = 101;
 constexpr int lightIndex = 551;
 
-uint32_t stateAfterConstruction = 0;
+SceneBordersMeetus& scene() { return *scenetest::buildOnce<SceneBordersMeetus>("bordersMeetus").scene; }
 
-SceneBordersMeetus& scene() {
-  static SceneBordersMeetus* s = nullptr;
-  if (!s) {
-    s = new SceneBordersMeetus(&scenetest::demo(), "bordersMeetus");
-    stateAfterConstruction = crtRandState();
-  }
-  return *s;
+FlareSpec glares() {
+  FlareSpec f;
+  f.count = 2;
+  f.texture = "bill_d2ch";
+  f.halfSize = Vector3(8, 4, 5);
+  f.alpha = 0.9f;
+  f.colour = Vector3(1, 1, 1) * 0.65f;  // the colour draw is dropped
+  return f;
+}
+
+DustSpec dust() {
+  DustSpec d;
+  d.count = 300;
+  d.spread = Vector3(9, 9, 10);
+  return d;
 }
 
 }  // namespace
 
 TEST(SceneBordersMeetus, ConstructionEndsAfterTheDustDraws) {
   REQUIRE_GL(scenetest::width, scenetest::height);
-  crtSrand(99);
-  scene();
   // Last seed 23233, then four draws for each of the 300 motes.
-  EXPECT_EQ(stateAfterConstruction, scenetest::stateAfter(23233, 1200));
-  EXPECT_NE(stateAfterConstruction, scenetest::stateAfter(23233, 1201));
+  scenetest::expectConstructionEndsAt(scenetest::buildOnce<SceneBordersMeetus>("bordersMeetus").stateAfter, 23233,
+                                      1200);
 }
 
 TEST(SceneBordersMeetus, BuildsTheObjectsInOrder) {
@@ -64,41 +72,25 @@ TEST(SceneBordersMeetus, BuildsTheObjectsInOrder) {
 TEST(SceneBordersMeetus, SlabAndPillars) {
   REQUIRE_GL(scenetest::width, scenetest::height);
   SceneBordersMeetus& s = scene();
-  TextureStore& t = *scenetest::demo().textures;
   const Mesh& slab = *s.world.objects[slabObject];
   EXPECT_EQ(slab.scale, Vector3(37.5f, 37.5f, 5.0f));
   EXPECT_EQ(slab.position, Vector3(0, 0, 10));
-  EXPECT_FLOAT_EQ(slab.materials[0].ambient.z, 1.82f * 0.75f);
-  EXPECT_EQ(slab.materials[0].ambient.alpha, 0.0f);
-  EXPECT_FLOAT_EQ(slab.materials[0].diffuse.z, 1.526f * 5.1f);
-  EXPECT_EQ(slab.materials[0].stageTexture[0], t.findTextureId("planartexture"));
-  EXPECT_EQ(slab.materials[0].stageScaleU[0], 4.0f);
-  EXPECT_EQ(slab.materials[0].stageMode[1], 2);
-  EXPECT_TRUE(slab.materials[0].stageCubeMap[1]);
-  EXPECT_FLOAT_EQ(slab.materials[1].diffuse.x, 1.15f * 1.5f);
-  EXPECT_FLOAT_EQ(slab.materials[1].ambient.x, 0.05f);
-  EXPECT_EQ(slab.materials[1].stageTexture[0], t.findTextureId("solidnoisebump"));
+  const Material& p = slab.materials[0];
+  const Material& g = slab.materials[1];
+  scenetest::expectColour(p.ambient, Vector3(0.4f, 0.4f, 1.82f) * 0.75f, 0.0f);
+  scenetest::expectColour(p.diffuse, Vector3(0.56f, 0.74f, 1.526f) * 5.1f, 1.0f);
+  EXPECT_EQ(p.stageCount, 2u);
+  scenetest::expectStage(p, 0, 1, "planartexture");
+  EXPECT_EQ(p.stageScaleU[0], 4.0f);
+  EXPECT_EQ(p.stageScaleV[0], 4.0f);
+  scenetest::expectStage(p, 1, 2, "cubemap.bill", true);
+  scenetest::expectColour(g.diffuse, Vector3(1.15f, 0.76f, 0.3f) * 1.5f, 1.0f);
+  scenetest::expectColour(g.ambient, Vector3(1, 1, 1) * 0.05f, 1.0f);
+  scenetest::expectStage(g, 0, 1, "solidnoisebump");
+  scenetest::expectStage(g, 1, 2, "cubemap.bill", true);
 
   // NoiseField(6, 102) draws 3 x 64 numbers; the ring goes on from there.
-  crtSrand(102);
-  for (int k = 0; k < 192; ++k) crtRand();
-  for (int i = 0; i < 100; ++i) {
-    const double r1 = crtRand() / 32767.0;
-    const double r2 = crtRand() / 32767.0;
-    const double s1 = (crtRand() / 32767.0 - 0.5) * 2;
-    const double s2 = (crtRand() / 32767.0 - 0.5) * 2;
-    const double r3 = crtRand() / 32767.0;
-    const Mesh& p = *s.world.objects[firstPillar + i];
-    EXPECT_NEAR(p.position.x, std::sin(i) * (r2 * 20 + 35), 1e-4) << i;
-    EXPECT_NEAR(p.position.y, std::cos(i) * (r1 * 20 + 35), 1e-4) << i;
-    EXPECT_EQ(p.position.z, 9.0f);
-    EXPECT_NEAR(p.rotation.y, s2 * 50, 1e-4);
-    EXPECT_NEAR(p.rotation.z, 20 * s1, 1e-4);
-    EXPECT_NEAR(p.scale.z, r3 * 10 + 15, 1e-4);
-    EXPECT_TRUE(p.useMatrix);
-  }
-  EXPECT_TRUE(s.world.objects[firstPillar]->batchFirst);
-  EXPECT_TRUE(s.world.objects[firstPillar + 99]->batchLast);
+  scenetest::expectRing(s.world, firstPillar, {102, scenetest::noiseDraws(6)}, RingShape());
 }
 
 TEST(SceneBordersMeetus, SwarmFromSeed234) {
@@ -160,46 +152,15 @@ TEST(SceneBordersMeetus, EveryCubeGetsTheSameColoursAndItsOwnOffsets) {
 TEST(SceneBordersMeetus, GlareAndDust) {
   REQUIRE_GL(scenetest::width, scenetest::height);
   SceneBordersMeetus& s = scene();
-  TextureStore& t = *scenetest::demo().textures;
-  crtSrand(232);
-  for (int i = 0; i < 2; ++i) {
-    const int r1 = crtRand();
-    crtRand();
-    const int r2 = crtRand();
-    crtRand();
-    const Billboard& g = *s.world.billboards[i];
-    EXPECT_EQ(g.texture, t.findTextureId("bill_d2ch"));
-    EXPECT_EQ(g.halfSize, Vector3(8, 4, 5));
-    EXPECT_EQ(g.alpha, 0.9f);
-    EXPECT_FLOAT_EQ(g.colour.x, 0.65f);
-    EXPECT_EQ(g.blendMode, 0);
-    if (s.sceneTimeMs == 0 && g.time == 0) {
-      EXPECT_NEAR(g.position.x, r1 / 32767.0 * 5 + 10, 1e-4);
-      EXPECT_NEAR(g.position.z, (r2 / 32767.0 - 0.5) * 2 * 30, 1e-4);
-    }
-  }
-  crtSrand(23233);
-  for (int m = 0; m < 300; ++m) {
-    const double size = randomSigned() * 0.025 + 0.15;
-    const double s1 = randomSigned(), s2 = randomSigned(), s3 = randomSigned();
-    const Billboard& d = *s.world.billboards[2 + m];
-    EXPECT_EQ(d.texture, t.findTextureId((2 + m) % 2 == 0 ? "mustis2" : "mustis5"));
-    EXPECT_NEAR(d.halfSize.x, size, 1e-6);
-    EXPECT_NEAR(d.position.x, s3 * 9, 1e-4) << m;
-    EXPECT_NEAR(d.position.y, 9 * s2, 1e-4) << m;
-    EXPECT_NEAR(d.position.z, s1 * 10, 1e-4) << m;
-    EXPECT_EQ(d.alpha, 1.0f);
-    EXPECT_EQ(d.blendMode, 1);
-    EXPECT_TRUE(d.castsShadow);
-    EXPECT_FALSE(d.tiled);
-  }
+  const bool unmoved = s.sceneTimeMs == 0 && s.world.billboards[0]->time == 0;
+  scenetest::expectFlares(s.world, 0, {232, 0}, glares(), unmoved);
+  scenetest::expectDust(s.world, 2, {23233, 0}, dust(), unmoved);
 }
 
 TEST(SceneBordersMeetus, PerFrameCameraLightGlareAndDust) {
   REQUIRE_GL(scenetest::width, scenetest::height);
   SceneBordersMeetus& s = scene();
-  std::vector<Vector3> before;
-  for (int m = 0; m < 300; ++m) before.push_back(s.world.billboards[2 + m]->position);
+  const std::vector<Vector3> before = scenetest::billboardPositions(s.world, 2, 300);
   const float S = 4.0f, d = 139.0f, T = d + 59 + 21;
   s.animate(S, d, 200);
 
@@ -213,30 +174,12 @@ TEST(SceneBordersMeetus, PerFrameCameraLightGlareAndDust) {
   EXPECT_FLOAT_EQ(s.camera->zoom, y.fractalSum(q, 4) * 0.42f + 0.3f);
   EXPECT_EQ(s.camera->direction, -s.camera->position);
 
-  const float a = S * -0.12f + 4.712389f;
-  const Mesh& light = *s.world.objects[lightIndex];
-  EXPECT_NEAR(light.position.x, 12.5 * std::cos(a), 1e-4);
-  EXPECT_NEAR(light.position.y, 10.5 * std::sin(a * 0.5), 1e-4);
-  EXPECT_EQ(light.position.z, -9.0f);
-  EXPECT_NEAR(light.lightRecord->direction.z, 9.0f / std::sqrt(light.position.x * light.position.x +
-                                                                light.position.y * light.position.y + 81.0f),
-              1e-5);
-  for (int i = 0; i < 2; ++i) {
-    const Vector3 g = s.world.billboards[i]->position;
-    EXPECT_NEAR(g.x, light.position.x + std::sin(i * 0.14123f + T * 0.2f) * 0.16f, 1e-4);
-    EXPECT_NEAR(g.y, light.position.y + std::cos(T * 0.314f + i * 0.1823f) * 0.17999999f, 1e-4);
-    EXPECT_NEAR(g.z, light.position.z + std::cos(std::sin(i * 0.74342f + T * 0.2f)) * 0.03f, 1e-4);
-  }
-  for (int m : {0, 150, 299}) {
-    const Vector3 v = before[m] * 0.033f;
-    const Vector3 w(x.fractalSum(v, 5) * 0.2f, y.fractalSum(v, 5) * 0.2f, z.fractalSum(v, 5) * 0.2f * 0.125f);
-    const Billboard& dust = *s.world.billboards[2 + m];
-    EXPECT_NEAR(dust.position.x, before[m].x + w.x, 1e-5);
-    EXPECT_NEAR(dust.position.y, before[m].y + w.y, 1e-5);
-    EXPECT_NEAR(dust.position.z, before[m].z + w.z, 1e-5) << "z drifts at an eighth";
-    EXPECT_FLOAT_EQ(dust.timeStep, 0.2f);
-    EXPECT_FLOAT_EQ(dust.time, S);
-  }
+  scenetest::expectLightOnOrbit(s.world, lightIndex, S * -0.12f + 4.712389f);
+  scenetest::expectFlaresAtLight(s.world, 0, 2, lightIndex, T);
+  DustDrift drift;
+  drift.sampleScale = 0.033f;
+  drift.zScale = 0.125f;  // z drifts at an eighth
+  scenetest::expectDustDrifted(s.world, 2, before, {0, 150, 299}, x, y, z, drift, 200, S);
   s.animate(S, d, -200);  // the rewind runs the dust back
   for (int m : {0, 150, 299}) {
     const Vector3 at = s.world.billboards[2 + m]->position;
@@ -315,7 +258,7 @@ TEST(SceneBordersMeetus, FlashAboveOneIsClampedByGL) {
     glClearColor(0, 0, 0, 1);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     c->apply();
-    SceneBordersMeetus::drawFlash(flash);
+    drawFlash(1.0f, 1.0f, 1.0f, flash, 0.5f);  // the beat flash of the scene's overlay
     c->release();
     return testgl::readPixels(scenetest::width / 2, scenetest::height / 2, 1, 1);
   };

@@ -4,6 +4,7 @@
 
 #include <cmath>
 
+#include "SceneExpectations.h"
 #include "SceneTestDemo.h"
 #include "core/OstravineDemo.h"
 #include "foundation/Camera.h"
@@ -15,10 +16,7 @@
 
 namespace {
 
-ScenePerforme& scene() {
-  static ScenePerforme* s = new ScenePerforme(&scenetest::demo(), "performe");
-  return *s;
-}
+ScenePerforme& freshScene() { return *scenetest::buildOnce<ScenePerforme>("performe").scene; }
 
 // Object indices: the plate, the ring of boxes, the bones, the light.
 constexpr int plateObject = 0;
@@ -26,27 +24,34 @@ constexpr int firstBox = 1;
 constexpr int firstBone = 101;
 constexpr int lightIndex = 357;
 
-uint32_t stateAfterConstruction = 0;
+// The three flares and the 400 motes as this scene makes them.
+FlareSpec flares() {
+  FlareSpec f;
+  f.count = 3;
+  f.texture = "billbig";
+  f.alpha = 0.7f;
+  f.colourRule = FlareSpec::warmFromRaw;
+  f.warmScale = 0.265f;
+  return f;
+}
 
-ScenePerforme& freshScene() {
-  ScenePerforme& s = scene();
-  static bool first = true;
-  if (first) {
-    stateAfterConstruction = crtRandState();
-    first = false;
-  }
-  return s;
+DustSpec motes() {
+  DustSpec d;
+  d.count = 400;
+  d.spread = Vector3(29, 29, 3);
+  d.depth = -5.0f;
+  d.alpha = 0.75f;
+  d.tiled = true;
+  d.tileSpacingDraw = 0.1;
+  return d;
 }
 
 }  // namespace
 
 TEST(ScenePerforme, ConstructionEndsAfterTheMotesDraws) {
   REQUIRE_GL(scenetest::width, scenetest::height);
-  crtSrand(99);  // whatever came before, the scene seeds its own groups
-  freshScene();
   // Last seed 23233, then five draws for each of the 400 motes.
-  EXPECT_EQ(stateAfterConstruction, scenetest::stateAfter(23233, 2000));
-  EXPECT_NE(stateAfterConstruction, scenetest::stateAfter(23233, 1999));
+  scenetest::expectConstructionEndsAt(scenetest::buildOnce<ScenePerforme>("performe").stateAfter, 23233, 2000);
 }
 
 TEST(ScenePerforme, BuildsTheObjectsInOrder) {
@@ -87,62 +92,31 @@ TEST(ScenePerforme, CameraAndParameters) {
 TEST(ScenePerforme, BackPlateAndItsMaterials) {
   REQUIRE_GL(scenetest::width, scenetest::height);
   ScenePerforme& s = freshScene();
-  TextureStore& t = *scenetest::demo().textures;
   const Mesh& plate = *s.world.objects[plateObject];
   EXPECT_GT(plate.faceCount, 0);
   EXPECT_EQ(plate.scale, Vector3(24, 24, 3));
   EXPECT_EQ(plate.position, Vector3(0, 0, 3));
   const Material& p = plate.materials[0];
   const Material& g = plate.materials[1];
-  EXPECT_FLOAT_EQ(p.ambient.x, 0.6f * 0.75f);
-  EXPECT_FLOAT_EQ(p.ambient.z, 1.142f * 0.75f);
-  EXPECT_EQ(p.ambient.alpha, 0.0f);
-  EXPECT_FLOAT_EQ(p.diffuse.y, 0.74f * 5.1f);
+  scenetest::expectColour(p.ambient, Vector3(0.6f, 0.8f, 1.142f) * 0.75f, 0.0f);
+  scenetest::expectColour(p.diffuse, Vector3(0.56f, 0.74f, 1.1526f) * 5.1f, 1.0f);
   EXPECT_EQ(p.stageCount, 3u);
-  EXPECT_EQ(p.stageMode[0], 1);
-  EXPECT_EQ(p.stageTexture[0], t.findTextureId("hopmet"));
-  EXPECT_EQ(p.stageTexture[1], t.findTextureId("billbig"));
-  EXPECT_TRUE(p.stageDetail[1]);
-  EXPECT_EQ(p.stageMode[2], 2);
-  EXPECT_EQ(p.stageTexture[2], t.findTextureId("cubemap.bill"));
-  EXPECT_TRUE(p.stageCubeMap[2]);
-  EXPECT_FLOAT_EQ(g.ambient.x, 0.05f);
-  EXPECT_EQ(g.ambient.alpha, 1.0f);
-  EXPECT_FLOAT_EQ(g.diffuse.x, 1.55f * 1.5f);
-  EXPECT_EQ(g.stageTexture[0], t.findTextureId("solidnoisebump"));
-  EXPECT_EQ(g.stageMode[2], 1) << "the second assignment stands";
-  EXPECT_TRUE(g.stageCubeMap[2]);
-  EXPECT_NE(p.stageTexture[0], noTexture);
+  scenetest::expectStage(p, 0, 1, "hopmet");
+  scenetest::expectStage(p, 1, 1, "billbig", false, true);
+  scenetest::expectStage(p, 2, 2, "cubemap.bill", true);
+  scenetest::expectColour(g.ambient, Vector3(1, 1, 1) * 0.05f, 1.0f);
+  scenetest::expectColour(g.diffuse, Vector3(1.55f, 0.76f, 0.3f) * 1.5f, 1.0f);
+  EXPECT_EQ(g.stageCount, 3u);
+  scenetest::expectStage(g, 0, 1, "solidnoisebump");
+  scenetest::expectStage(g, 1, 1, "billbig", false, true);
+  scenetest::expectStage(g, 2, 1, "cubemap.bill", true);  // set to 2 first, then 1: the second stands
 }
 
 TEST(ScenePerforme, RingOfBoxesContinuesTheLastNoiseSeed) {
   REQUIRE_GL(scenetest::width, scenetest::height);
   ScenePerforme& s = freshScene();
   // NoiseField(5, 5234) draws 3 x 32 numbers; the ring goes on from there.
-  crtSrand(5234);
-  for (int k = 0; k < 96; ++k) crtRand();
-  for (int i = 0; i < 100; ++i) {
-    const double r1 = crtRand() / 32767.0;
-    const double r2 = crtRand() / 32767.0;
-    const double a = (crtRand() / 32767.0 - 0.5) * 2;
-    const double b = (crtRand() / 32767.0 - 0.5) * 2;
-    const double r3 = crtRand() / 32767.0;
-    const Mesh& box = *s.world.objects[firstBox + i];
-    EXPECT_NEAR(box.position.x, std::sin(i) * (r2 * 20 + 35), 1e-4) << i;
-    EXPECT_NEAR(box.position.y, std::cos(i) * (r1 * 20 + 35), 1e-4) << i;
-    EXPECT_EQ(box.position.z, 9.0f);
-    EXPECT_EQ(box.rotation.x, 0.0f);
-    EXPECT_NEAR(box.rotation.y, b * 50, 1e-4) << i;
-    EXPECT_NEAR(box.rotation.z, a * 20, 1e-4) << i;
-    EXPECT_NEAR(box.scale.z, r3 * 10 + 15, 1e-4) << i;
-    EXPECT_EQ(box.scale.x, 5.0f);
-    EXPECT_TRUE(box.useMatrix);
-    EXPECT_EQ(box.materials[1].stageTexture[0], scenetest::demo().textures->findTextureId("solidnoisebump"));
-  }
-  EXPECT_TRUE(s.world.objects[firstBox]->batchFirst);
-  EXPECT_FALSE(s.world.objects[firstBox + 50]->setupState);
-  EXPECT_FALSE(s.world.objects[firstBox + 50]->restoreState);
-  EXPECT_TRUE(s.world.objects[firstBox + 99]->batchLast);
+  scenetest::expectRing(s.world, firstBox, {5234, scenetest::noiseDraws(5)}, RingShape(), "solidnoisebump");
 }
 
 TEST(ScenePerforme, BonesFromSeed234TallerIsThinner) {
@@ -181,93 +155,33 @@ TEST(ScenePerforme, BonesFromSeed234TallerIsThinner) {
 TEST(ScenePerforme, FlaresDrawOnFromTheBonesSequence) {
   REQUIRE_GL(scenetest::width, scenetest::height);
   ScenePerforme& s = freshScene();
-  crtSrand(234);
-  for (int k = 0; k < 256 * 3; ++k) crtRand();
-  for (int i = 0; i < 3; ++i) {
-    const int first = crtRand();
-    crtRand();
-    const int third = crtRand();
-    const int f = crtRand();
-    const Billboard& b = *s.world.billboards[i];
-    EXPECT_EQ(b.texture, scenetest::demo().textures->findTextureId("billbig"));
-    EXPECT_EQ(b.halfSize, Vector3(8, 4, 5));
-    EXPECT_EQ(b.alpha, 0.7f);
-    EXPECT_EQ(b.blendMode, 0);
-    EXPECT_NEAR(b.colour.x, (f * 0.1 + 0.9) * 0.265, 1e-2) << "the raw draw, unscaled";
-    EXPECT_NEAR(b.colour.y, (f * 0.06 + 0.63) * 0.265, 1e-2);
-    EXPECT_NEAR(b.colour.z, (f * 0.03 + 0.4) * 0.265, 1e-2);
-    if (s.sceneTimeMs == 0 && b.time == 0) {  // not yet moved by a frame
-      EXPECT_NEAR(b.position.x, first / 32767.0 * 5 + 10, 1e-4);
-      EXPECT_NEAR(b.position.z, 2 * (third / 32767.0 - 0.5) * 30, 1e-4);
-    }
-  }
+  // No new seed: on from the bones' 256 x 3 draws; the colour is the raw draw, unscaled.
+  const bool unmoved = s.sceneTimeMs == 0 && s.world.billboards[0]->time == 0;
+  scenetest::expectFlares(s.world, 0, {234, 256 * 3}, flares(), unmoved);
 }
 
 TEST(ScenePerforme, MotesFromSeed23233) {
   REQUIRE_GL(scenetest::width, scenetest::height);
   ScenePerforme& s = freshScene();
-  crtSrand(23233);
-  TextureStore& t = *scenetest::demo().textures;
-  for (int m = 0; m < 400; ++m) {
-    const double size = randomSigned() * 0.025 + 0.15;
-    const double a = randomSigned();
-    const double b = randomSigned();
-    const double c = randomSigned();
-    const double spacing = randomUnit() * 0.1;
-    const Billboard& mote = *s.world.billboards[3 + m];
-    const int j = 3 + m;
-    EXPECT_EQ(mote.texture, t.findTextureId(j % 2 == 0 ? "mustis2" : "mustis5")) << m;
-    EXPECT_NEAR(mote.halfSize.x, size, 1e-6);
-    EXPECT_NEAR(mote.halfSize.y, size, 1e-6);
-    EXPECT_EQ(mote.halfSize.z, 1.0f);
-    EXPECT_NEAR(mote.position.x, c * 29, 1e-4) << m;
-    EXPECT_NEAR(mote.position.y, b * 29, 1e-4) << m;
-    EXPECT_NEAR(mote.position.z, a * 3 - 5, 1e-4) << m;
-    EXPECT_NEAR(mote.tileSpacing, spacing, 1e-6);
-    EXPECT_EQ(mote.alpha, 0.75f);
-    EXPECT_EQ(mote.colour, Vector3(0, 0, 0));
-    EXPECT_EQ(mote.blendMode, 1);
-    EXPECT_TRUE(mote.castsShadow);
-    EXPECT_TRUE(mote.tiled);
-  }
-  EXPECT_NE(t.findTextureId("mustis2"), t.findTextureId("mustis5"));
+  const bool unmoved = s.world.billboards[3]->time == 0 && s.world.billboards[3]->timeStep == 0;
+  scenetest::expectDust(s.world, 3, {23233, 0}, motes(), unmoved);
+  EXPECT_NE(scenetest::textureId("mustis2"), scenetest::textureId("mustis5"));
 }
 
 TEST(ScenePerforme, TheLight) {
   REQUIRE_GL(scenetest::width, scenetest::height);
-  ScenePerforme& s = freshScene();
-  const Light& l = *s.world.objects[lightIndex]->lightRecord;
-  EXPECT_TRUE(l.enabled);
-  EXPECT_EQ(l.ambient[0], 0.5f);
-  EXPECT_EQ(l.diffuse[1], 2.0f);
-  EXPECT_EQ(l.specular[2], 0.0f);
-  EXPECT_EQ(l.spotExponent, 100.0f);
-  EXPECT_EQ(l.spotCutoff, 90.0f);
-  EXPECT_EQ(l.constantAttenuation, 0.0f);
-  EXPECT_FLOAT_EQ(l.linearAttenuation, 0.01f);
-  EXPECT_TRUE(l.castsShadow);
-  EXPECT_NE(l.shadowTexture, 0u);
+  scenetest::expectStandardLight(freshScene().world, lightIndex);
 }
 
 TEST(ScenePerforme, PerFrameLightBonesFlaresAndMotes) {
   REQUIRE_GL(scenetest::width, scenetest::height);
   ScenePerforme& s = freshScene();
-  std::vector<Vector3> motesBefore;
-  for (int m = 0; m < 400; ++m) motesBefore.push_back(s.world.billboards[3 + m]->position);
+  const std::vector<Vector3> motesBefore = scenetest::billboardPositions(s.world, 3, 400);
 
   const float sec = 3.0f, d = 7.5f;
   s.animate(sec, d, 40);
 
-  const Mesh& light = *s.world.objects[lightIndex];
-  EXPECT_NEAR(light.position.x, 12.5 * std::cos(1.5), 1e-4);
-  EXPECT_NEAR(light.position.y, 10.5 * std::sin(0.75), 1e-4);
-  EXPECT_EQ(light.position.z, -9.0f);
-  const Vector3 dir = light.lightRecord->direction;
-  const Vector3 expected = -light.position / std::sqrt(light.position.x * light.position.x +
-                                                        light.position.y * light.position.y + 81.0f);
-  EXPECT_NEAR(dir.x, expected.x, 1e-5);
-  EXPECT_NEAR(dir.y, expected.y, 1e-5);
-  EXPECT_NEAR(dir.z, expected.z, 1e-5);
+  scenetest::expectLightOnOrbit(s.world, lightIndex, 1.5);
 
   NoiseField a(5, 2442), b(5, 43243), c(5, 5234);
   for (int i : {0, 17, 255}) {
@@ -279,25 +193,8 @@ TEST(ScenePerforme, PerFrameLightBonesFlaresAndMotes) {
     EXPECT_FLOAT_EQ(bone.rotation.z, a.fractalSum(p, 5) * 32.34f) << i;
     EXPECT_FLOAT_EQ(bone.rotation.y, a.fractalSum(p, 6) * 36.34f) << i;
   }
-  for (int i = 0; i < 3; ++i) {
-    const float q = d * 0.2f;
-    const Vector3 off(std::sin(i * 0.14123f + q) * 0.16f, std::cos(d * 0.314f + i * 0.1823f) * 0.17999999f,
-                      std::cos(std::sin(i * 0.74342f + q)) * 0.03f);
-    const Vector3 at = s.world.billboards[i]->position;
-    EXPECT_NEAR(at.x, light.position.x + off.x, 1e-5);
-    EXPECT_NEAR(at.y, light.position.y + off.y, 1e-5);
-    EXPECT_NEAR(at.z, light.position.z + off.z, 1e-5);
-  }
-  for (int m : {0, 199, 399}) {
-    const Billboard& mote = *s.world.billboards[3 + m];
-    const Vector3 p = motesBefore[m] * 0.1f;
-    const Vector3 w = Vector3(a.fractalSum(p, 5), b.fractalSum(p, 5), c.fractalSum(p, 5)) * 0.04f;
-    EXPECT_NEAR(mote.position.x, motesBefore[m].x + w.x, 1e-5);
-    EXPECT_NEAR(mote.position.y, motesBefore[m].y + w.y, 1e-5);
-    EXPECT_NEAR(mote.position.z, motesBefore[m].z + w.z, 1e-5);
-    EXPECT_FLOAT_EQ(mote.timeStep, 0.04f);
-    EXPECT_FLOAT_EQ(mote.time, sec);
-  }
+  scenetest::expectFlaresAtLight(s.world, 0, 3, lightIndex, d);
+  scenetest::expectDustDrifted(s.world, 3, motesBefore, {0, 199, 399}, a, b, c, DustDrift(), 40, sec);
 
   // A negative step takes the motes back along the flow.
   s.animate(sec, d, -40);
