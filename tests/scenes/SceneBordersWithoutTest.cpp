@@ -5,8 +5,10 @@
 
 #include <cmath>
 
-#include "SceneTestDemo.h"
+#include "CubeLatticeExpectations.h"
+#include "SceneExpectations.h"
 #include "foundation/Camera.h"
+#include "foundation/Envelope.h"
 #include "foundation/NoiseField.h"
 #include "geometry/Mesh.h"
 #include "render/Billboard.h"
@@ -19,27 +21,16 @@ constexpr int firstPlate = 1;
 constexpr int firstCube = 71;
 constexpr int lightIndex = 471;
 
-uint32_t stateAfterConstruction = 0;
-
-SceneBordersWithout& scene() {
-  static SceneBordersWithout* s = nullptr;
-  if (!s) {
-    s = new SceneBordersWithout(&scenetest::demo(), "bordersWithout");
-    stateAfterConstruction = crtRandState();
-  }
-  return *s;
-}
+SceneBordersWithout& scene() { return *scenetest::buildOnce<SceneBordersWithout>("bordersWithout").scene; }
 
 }  // namespace
 
 TEST(SceneBordersWithout, ConstructionEndsAfterTheMoteDraws) {
   REQUIRE_GL(scenetest::width, scenetest::height);
-  crtSrand(99);
-  scene();
   // Last seed 23233: five draws for each of the 75 motes (size, three for the
   // place, one for the shade).
-  EXPECT_EQ(stateAfterConstruction, scenetest::stateAfter(23233, 375));
-  EXPECT_NE(stateAfterConstruction, scenetest::stateAfter(23233, 374));
+  scenetest::expectConstructionEndsAt(scenetest::buildOnce<SceneBordersWithout>("bordersWithout").stateAfter, 23233,
+                                      375);
 }
 
 TEST(SceneBordersWithout, BuildsTheObjectsInOrder) {
@@ -68,90 +59,38 @@ TEST(SceneBordersWithout, SquarePlateAndACloserShorterRing) {
   const Mesh& plate = *s.world.objects[plateObject];
   EXPECT_EQ(plate.scale, Vector3(30, 30, 6));
   EXPECT_EQ(plate.position, Vector3(0, 0, 10));
-  EXPECT_FLOAT_EQ(plate.materials[0].ambient.z, 1.82f * 0.75f);
-  EXPECT_FLOAT_EQ(plate.materials[1].diffuse.x, 1.15f * 1.5f);
-
-  // NoiseField(6, 102) draws 3 x 64 numbers; the ring goes on from there.
-  crtSrand(102);
-  for (int k = 0; k < 192; ++k) crtRand();
-  for (int i = 0; i < 70; ++i) {
-    const double r1 = randomUnit(), r2 = randomUnit();
-    const double a = randomSigned(), b = randomSigned(), c = randomSigned();
-    const Mesh& box = *s.world.objects[firstPlate + i];
-    EXPECT_NEAR(box.position.x, std::sin(i) * (2 * r2 + 20), 1e-4) << i;
-    EXPECT_NEAR(box.position.y, std::cos(i) * (2 * r1 + 20), 1e-4) << i;
-    EXPECT_EQ(box.position.z, 4.0f);
-    EXPECT_NEAR(box.rotation.y, b * 180, 1e-3);
-    EXPECT_NEAR(box.rotation.z, a * 20, 1e-4);
-    EXPECT_NEAR(box.scale.z, 2 * c + 10, 1e-4);
-    EXPECT_TRUE(box.useMatrix);
-  }
-  EXPECT_TRUE(s.world.objects[firstPlate]->batchFirst);
-  EXPECT_TRUE(s.world.objects[firstPlate + 69]->batchLast);
+  scenetest::expectColour(plate.materials[0].ambient, Vector3(0.4f, 0.74f, 1.82f) * 0.75f, 1.0f);
+  scenetest::expectColour(plate.materials[1].diffuse, Vector3(1.15f, 0.66f, 0.3f) * 1.5f, 1.0f);
+  scenetest::expectStage(plate.materials[0], 0, stageModulate, "planartexture");
+  scenetest::expectPlateRing(s.world, firstPlate, {102, scenetest::noiseDraws(6)}, 70);
 }
 
-TEST(SceneBordersWithout, LatticeTumblesFreely) {
+TEST(SceneBordersWithout, LatticeTumblesFreelyInFamiliesOfAHundred) {
   REQUIRE_GL(scenetest::width, scenetest::height);
   SceneBordersWithout& s = scene();
-  crtSrand(234);
-  int n = 0;
-  for (int z = 0; z < 4; ++z)
-    for (int y = 0; y < 10; ++y)
-      for (int x = 0; x < 10; ++x, ++n) {
-        const int r = crtRand(), q1 = crtRand(), q = crtRand();
-        EXPECT_EQ(s.basePositions[n], Vector3(x - 4.5f, y - 4.5f, z - 1.5f)) << n;
-        const Mesh& cube = *s.world.objects[firstCube + n];
-        EXPECT_NEAR(cube.rotation.x, (q1 / 32767.0 - 0.5) * 186 - 90, 1e-3) << n;
-        EXPECT_NEAR(cube.rotation.y, (r / 32767.0 - 0.5) * 186, 1e-3) << n;
-        EXPECT_NEAR(cube.scale.y, q / 32767.0 * 0.05 + 0.2, 1e-6) << n;
-      }
-  EXPECT_TRUE(s.world.objects[firstCube + 399]->batchLast);
-  // Families of a hundred, brighter than the sister scene's.
-  for (int k : {0, 99, 100, 399}) {
-    crtSrand((k / 100) % 3 + 1993);
-    const double a = randomSigned(), b = randomSigned(), c = randomSigned();
-    const double v1 = randomSigned();
-    const Material& p = s.world.objects[firstCube + k]->materials[0];
-    const Material& g = s.world.objects[firstCube + k]->materials[1];
-    EXPECT_NEAR(g.diffuse.x, (a * 1.65 + 2.5) * 0.075, 1e-5) << k;
-    EXPECT_FLOAT_EQ(g.ambient.y, 0.015f);
-    EXPECT_NEAR(p.diffuse.y, (b * 0.44 + 0.64) * 0.3, 1e-5) << k;
-    EXPECT_NEAR(p.ambient.z, (c * 0.4 + 0.5) * 0.15, 1e-5) << k;
-    EXPECT_NEAR(p.stageOffsetU[0], v1 + k * 0.232141, 1e-4) << k;
-  }
+  scenetest::expectLattice(s.world, firstCube, LatticeSpec{10, 10, 4, Vector3(4.5f, 4.5f, 1.5f), 186.0f},
+                           s.basePositions);
+  scenetest::expectColourFamilies(s.world, firstCube, ColourFamilies{100, 1993, 0.075f, 0.015f, 0.3f, 0.15f},
+                                  {0, 99, 100, 299, 399}, "hopmet");
 }
 
 TEST(SceneBordersWithout, FlaresAndWineRedMotes) {
   REQUIRE_GL(scenetest::width, scenetest::height);
   SceneBordersWithout& s = scene();
-  crtSrand(232);
-  for (int i = 0; i < 2; ++i) {
-    crtRand();
-    crtRand();
-    crtRand();
-    const int f = crtRand();
-    EXPECT_EQ(s.world.billboards[i]->halfSize, Vector3(8, 4, 5));
-    EXPECT_NEAR(s.world.billboards[i]->colour.y, (f * 0.06 + 0.63) * 0.65, 1e-2);
-  }
-  crtSrand(23233);
-  for (int m = 0; m < 75; ++m) {
-    const double size = 2 * (randomSigned() * 0.025 + 0.15);
-    const double a = randomSigned(), b = randomSigned(), c = randomSigned();
-    const double shade = (1 - randomUnit() * 0.95) * 1.5;
-    const Billboard& mote = *s.world.billboards[2 + m];
-    EXPECT_NEAR(mote.halfSize.y, size, 1e-6);
-    if (mote.time == 0 && mote.timeStep == 0) {
-      EXPECT_NEAR(mote.position.x, c * 9, 1e-4) << m;
-      EXPECT_NEAR(mote.position.y, b * 9, 1e-4) << m;
-      EXPECT_NEAR(mote.position.z, 2 * a, 1e-4) << m;
-    }
-    EXPECT_NEAR(mote.colour.x, 0.25 * shade, 1e-5) << m;
-    EXPECT_NEAR(mote.colour.y, 0.12 * shade, 1e-5) << m;
-    EXPECT_EQ(mote.alpha, 0.75f);
-    EXPECT_EQ(mote.blendMode, 1);
-    EXPECT_TRUE(mote.tiled);
-    EXPECT_TRUE(mote.castsShadow);
-  }
+  FlareSpec flares;
+  flares.colourRule = FlareSpec::warmFromRaw;
+  const bool unmoved = s.world.billboards[2]->timeStep == 0.0f;
+  scenetest::expectFlares(s.world, 0, {232, 0}, flares, unmoved);
+  DustSpec motes;
+  motes.count = 75;
+  motes.spread = Vector3(9, 9, 2);
+  motes.sizeScale = 2.0f;
+  motes.alpha = 0.75f;
+  motes.colour = Vector3(0.25f, 0.12f, 0.12f);
+  motes.tiled = true;
+  motes.shadeByDraw = true;
+  scenetest::expectDust(s.world, 2, {23233, 0}, motes, unmoved);
+  scenetest::expectStandardLight(s.world, lightIndex);
 }
 
 TEST(SceneBordersWithout, TheCameraRollsAndZoomsOverItsOwnParameters) {
@@ -171,6 +110,8 @@ TEST(SceneBordersWithout, TheCameraRollsAndZoomsOverItsOwnParameters) {
   EXPECT_EQ(s.camera->position.x, 0.0f);
   EXPECT_EQ(s.camera->position.y, 0.0f);
   EXPECT_EQ(s.camera->direction, Vector3(0, 0, 10)) << "it moves only in depth";
+  scenetest::expectLightOnOrbit(s.world, lightIndex, 3.0 * 0.5);
+  scenetest::expectFlaresAtLight(s.world, 0, 2, lightIndex, d);
 }
 
 TEST(SceneBordersWithout, WithoutABeatTheTilesOfEveryMoteCoincide) {
@@ -179,8 +120,29 @@ TEST(SceneBordersWithout, WithoutABeatTheTilesOfEveryMoteCoincide) {
   EXPECT_EQ(SceneBordersWithout::beat(53.39f), 0.0f);
   EXPECT_FLOAT_EQ(SceneBordersWithout::barStart(0), 29.4f);
   EXPECT_FLOAT_EQ(SceneBordersWithout::barStart(10), 29.4f + 18.75f);
+  // Two hits a bar of equal weight, each a window written out here.
+  auto window = [](float d, float start) {
+    Envelope e;
+    e.start = start;
+    e.outStart = start + 0.4f;
+    e.duration = 0.6f;
+    e.outDuration = 1.0f;
+    return e.easeWindow(d, 1.0f, 2.0f);
+  };
+  for (float into : {0.3f, 0.5f, 0.9f, 1.2f, 1.6f}) {
+    const float at = 53.4f + 1.875f * 4 + into;
+    float sum = 0.0f;
+    for (int bar = 0; bar <= 10; ++bar) sum += window(at, 53.4f + 1.875f * bar) + window(at, 54.25f + 1.875f * bar);
+    EXPECT_NEAR(SceneBordersWithout::beat(at), sum, 1e-6) << into;
+    EXPECT_GT(sum, 0.0f);
+  }
+  EXPECT_EQ(SceneBordersWithout::beat(54.25f + 1.875f * 10 + 1.41f), 0.0f) << "after the last bar";
+  const std::vector<Vector3> before = scenetest::billboardPositions(s.world, 2, 75);
   s.animate(2.0f, 27.0f, 100);  // d = 51: before the first hit
   for (int m = 0; m < 75; ++m) EXPECT_EQ(s.world.billboards[2 + m]->tileSpacing, 0.0f) << m;
+  // The motes drift with the step, a tenth as fast in depth.
+  NoiseField a(6, 100), b(6, 101), c(6, 102);
+  scenetest::expectDustDrifted(s.world, 2, before, {0, 37, 74}, a, b, c, DustDrift{0.1f, 0.1f}, 100, 2.0f);
   // On a hit the ripple spreads the tiles, by the distance from the centre.
   const float d = 54.25f + 0.5f, sceneSeconds = 3.1f;
   s.animate(sceneSeconds, d - 24.0f, 100);
