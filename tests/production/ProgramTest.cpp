@@ -163,7 +163,11 @@ TEST(Program, RunsWithoutFramebufferObjects) {
 }
 
 // Without the music file the load completes with the warning and the
-// production plays on the timer to its end.
+// production plays on the timer to its end. These runs on the wall clock
+// start two and a half seconds before the end and draw SceneBordersWithout
+// there, whose frames (the first above all, when the renderer sets up every
+// new state) can take a second on a busy machine: the loop ends only past the
+// end, so a clean exit after frames that moved on is the proof.
 TEST(Program, MissingMusicWarnsAndPlaysSilently) {
   REQUIRE_DISPLAY();
   char dir[] = "/tmp/ostravine-nomusic-XXXXXX";
@@ -172,14 +176,15 @@ TEST(Program, MissingMusicWarnsAndPlaysSilently) {
   const std::string run = OSTRAVINE_RUN_DIR;
   testrun::run("ln -s '" + run + "/images' '" + d + "/images' && ln -s '" + run + "/models' '" + d + "/models'", "");
   testrun::Result r =
-      testrun::runOnDisplay("'" OSTRAVINE_EXECUTABLE "' -res:256 --windowed --from 263000 --trace", d, 120);
+      testrun::runOnDisplay("'" OSTRAVINE_EXECUTABLE "' -res:256 --windowed --from 261000 --trace", d, 120);
   testrun::run("rm -rf '" + d + "'", "");
   EXPECT_EQ(r.exitStatus, 0) << r.err;
   EXPECT_TRUE(has(r.out, "WARNING: Music file ./music/ostravine.mp3 not found.\nstart.\n")) << r.out;
   std::vector<TraceLine> t = traceOf(r.out);
   ASSERT_FALSE(t.empty());
   // The end test reads the position again after the trace line.
-  EXPECT_GE(t.back().position, 263400);
+  EXPECT_GT(t.size(), 1u);
+  EXPECT_GE(t.back().position, 262000);
 }
 
 TEST(Program, PlaysTheEndWithMusic) {
@@ -188,13 +193,14 @@ TEST(Program, PlaysTheEndWithMusic) {
     fclose(f);
   else
     GTEST_SKIP() << "no music file built";
-  testrun::Result r = testrun::runOstravine("-res:256 --windowed --from 263000 --trace", 120);
+  testrun::Result r = testrun::runOstravine("-res:256 --windowed --from 261000 --trace", 120);
   EXPECT_EQ(r.exitStatus, 0) << r.err;
   EXPECT_FALSE(has(r.out, "WARNING: Music file"));
   std::vector<TraceLine> t = traceOf(r.out);
   ASSERT_FALSE(t.empty());
-  EXPECT_GE(t.front().position, 263000);
-  EXPECT_GE(t.back().position, 263400);
+  EXPECT_GE(t.front().position, 261000);
+  EXPECT_GT(t.size(), 1u);
+  EXPECT_GE(t.back().position, 262000);
 }
 
 TEST(Program, FixedClockStepsExactlyAndCapturesChosenFrames) {

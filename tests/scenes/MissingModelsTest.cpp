@@ -10,6 +10,9 @@
 
 #include "SceneTestDemo.h"
 #include "scenes/SceneBordersMeetus.h"
+#include "scenes/SceneBordersWithin.h"
+#include "scenes/SceneBordersWithme.h"
+#include "scenes/SceneBordersWithout.h"
 #include "scenes/ScenePerforme.h"
 
 namespace {
@@ -58,5 +61,33 @@ TEST(MissingModels, TheCubeFieldKeepsItsRingLightAndDust) {
     EXPECT_FLOAT_EQ(scene.cubeHomes[449].z, 0.125f);
     scene.render(150000, 200);
     EXPECT_EQ(scene.sceneTimeMs, 200);
+  });
+}
+
+TEST(MissingModels, TheNoiseCubeScenesKeepTheirRingsLightsAndMotes) {
+  REQUIRE_GL(scenetest::width, scenetest::height);
+  scenetest::demo();
+  inEmptyDirectory([] {
+    SceneBordersWithin within(&scenetest::demo(), "bordersWithin");
+    EXPECT_EQ(crtRandState(), scenetest::stateAfter(232, 608));
+    EXPECT_EQ(within.world.objects.size(), 61u) << "60 boxes and the light";
+    EXPECT_LT(within.objectIds[0], 0);
+    EXPECT_LT(within.objectIds[420], 0);
+    EXPECT_EQ(within.world.billboards.size(), 152u);
+    within.render(65000, 200);
+
+    SceneBordersWithout without(&scenetest::demo(), "bordersWithout");
+    EXPECT_EQ(crtRandState(), scenetest::stateAfter(23233, 375));
+    EXPECT_EQ(without.world.objects.size(), 71u) << "70 plates and the light";
+    EXPECT_LT(without.objectIds[400], 0);
+    EXPECT_EQ(without.basePositions[399], Vector3(4.5f, 4.5f, 1.5f));
+    without.render(27000, 200);
+
+    SceneBordersWithme withme(&scenetest::demo(), "bordersWithme");
+    EXPECT_EQ(crtRandState(), scenetest::stateAfter(23233, 1200));
+    EXPECT_EQ(withme.world.objects.size(), 101u) << "100 plates and the light";
+    EXPECT_LT(withme.objects[640], 0);
+    withme.render(88000, 200);
+    EXPECT_EQ(withme.sceneTimeMs, 200);
   });
 }

@@ -8,6 +8,9 @@
 #include "scenes/SceneBordersRollin.h"
 #include "scenes/SceneBordersRollout.h"
 #include "scenes/SceneBordersRollus.h"
+#include "scenes/SceneBordersWithin.h"
+#include "scenes/SceneBordersWithme.h"
+#include "scenes/SceneBordersWithout.h"
 #include "scenes/ScenePerforme.h"
 
 TEST(ProductionScenes, IndexZeroIsTheOpeningAndSevenTheCubeField) {
@@ -16,16 +19,14 @@ TEST(ProductionScenes, IndexZeroIsTheOpeningAndSevenTheCubeField) {
   Demo* demo = &scenetest::demo();
   Scene* opening = makeProductionScene(demo, 0, "performe");
   Scene* field = makeProductionScene(demo, 7, "bordersMeetus");
-  Scene* pending = makeProductionScene(demo, 3, "bordersWithme");
+  Scene* beyond = makeProductionScene(demo, 11, "none");
   ASSERT_NE(dynamic_cast<ScenePerforme*>(opening), nullptr);
   ASSERT_NE(dynamic_cast<SceneBordersMeetus*>(field), nullptr);
-  EXPECT_NE(dynamic_cast<PendingScene*>(pending), nullptr);
+  EXPECT_EQ(beyond, nullptr) << "there are eleven scenes";
   EXPECT_EQ(opening->name, "performe");
   EXPECT_EQ(field->name, "bordersMeetus");
-  EXPECT_EQ(pending->name, "bordersWithme");
   EXPECT_EQ(static_cast<ScenePerforme*>(opening)->demo, demo);
   EXPECT_EQ(static_cast<SceneBordersMeetus*>(field)->demo, demo);
-  delete pending;
   delete field;
   delete opening;
 }
@@ -45,4 +46,21 @@ TEST(ProductionScenes, TheLastThreeAreTheRollingScenes) {
   delete rollus;
   delete rollout;
   delete rollin;
+
+TEST(ProductionScenes, IndicesOneToThreeAreTheNoiseCubeScenes) {
+  REQUIRE_GL(scenetest::width, scenetest::height);
+  Demo* demo = &scenetest::demo();
+  Scene* within = makeProductionScene(demo, 1, "bordersWithin");
+  Scene* without = makeProductionScene(demo, 2, "bordersWithout");
+  Scene* withme = makeProductionScene(demo, 3, "bordersWithme");
+  EXPECT_NE(dynamic_cast<SceneBordersWithin*>(within), nullptr);
+  EXPECT_NE(dynamic_cast<SceneBordersWithout*>(without), nullptr);
+  EXPECT_NE(dynamic_cast<SceneBordersWithme*>(withme), nullptr);
+  EXPECT_EQ(within->name, "bordersWithin");
+  EXPECT_EQ(without->name, "bordersWithout");
+  EXPECT_EQ(withme->name, "bordersWithme");
+  EXPECT_EQ(static_cast<SceneBordersWithme*>(withme)->demo, demo);
+  delete withme;
+  delete without;
+  delete within;
 }

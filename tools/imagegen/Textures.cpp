@@ -414,8 +414,9 @@ Image makeTitle(Typeface& face, const std::u32string& text, int width, int heigh
   return image;
 }
 
-Image makeLogo(Typeface& face, bool onBlack) {
-  const int S = 512;
+Image makeLogo(Typeface& face, bool onBlack, int size) {
+  const int S = size;
+  const float k = S / 512.0f;  // the layout of the 512 logo, scaled
   Coverage c;
   for (float em = 64; em > 8; em -= 1.0f) {
     c = face.line(U"OSTRAVINE", em, em, em * 0.22f, 0);
@@ -423,7 +424,7 @@ Image makeLogo(Typeface& face, bool onBlack) {
   }
   std::vector<float> ink = centred(c, S, S);
   // Two hairlines above and below the name, fading out at their ends.
-  const float lineGap = c.height * 0.5f + 26.0f;
+  const float lineGap = c.height * 0.5f + 26.0f * k;
   for (int y = 0; y < S; ++y)
     for (int x = 0; x < S; ++x) {
       float dyTop = std::fabs((y + 0.5f) - (S * 0.5f - lineGap));
@@ -434,9 +435,9 @@ Image makeLogo(Typeface& face, bool onBlack) {
       v = std::max(v, line * ends * 0.85f);
     }
   std::vector<float> bloom = ink;
-  blur(bloom, S, S, 9, false);
+  blur(bloom, S, S, std::max(1, static_cast<int>(9 * k)), false);
   std::vector<float> haze = ink;
-  blur(haze, S, S, 28, false);
+  blur(haze, S, S, std::max(1, static_cast<int>(28 * k)), false);
   Image image(S, S);
   for (int y = 0; y < S; ++y)
     for (int x = 0; x < S; ++x) {
@@ -444,11 +445,23 @@ Image makeLogo(Typeface& face, bool onBlack) {
       // The haze reaches far; it fades out before the border, which must stay
       // black for clamped, additive drawing.
       const int edge = std::min(std::min(x, y), std::min(S - 1 - x, S - 1 - y));
-      float v = clamp01(ink[i] + bloom[i] * 0.55f + haze[i] * 0.5f) * smoothstep(0.0f, 48.0f, float(edge));
+      float v = clamp01(ink[i] + bloom[i] * 0.55f + haze[i] * 0.5f) * smoothstep(0.0f, 48.0f * k, float(edge));
       if (onBlack)
         image.at(x, y) = {v * 0.93f, v * 0.97f, v, 1};
       else
         image.at(x, y) = {1, 1, 1, v};
     }
   return image;
+}
+
+Image inCentre(const Image& picture, int width, int height, const Rgba& surround) {
+  Image canvas(width, height);
+  canvas.fill(surround);
+  const int ox = (width - picture.width()) / 2, oy = (height - picture.height()) / 2;
+  for (int y = 0; y < picture.height(); ++y)
+    for (int x = 0; x < picture.width(); ++x) {
+      const int cx = ox + x, cy = oy + y;
+      if (cx >= 0 && cy >= 0 && cx < width && cy < height) canvas.at(cx, cy) = picture.at(x, y);
+    }
+  return canvas;
 }

@@ -28,6 +28,9 @@ Image makeMote(int variant);  // 0: "noisis2.png" ragged blob, 1: "noisis5.png" 
 // than its pixels (3 : 1 quad over a 4 : 1 image: 4 / 3).
 Image makeTitle(Typeface& face, const std::u32string& text, int width, int height, float emHeight,
                 float widthStretch, float tracking, float glow);
-// The "Ostravine" logo, 512 x 512: light lettering between two hairlines.
+// The "Ostravine" logo, size x size: light lettering between two hairlines.
 // onBlack: opaque on black (for additive drawing); otherwise on transparent.
-Image makeLogo(Typeface& face, bool onBlack);
+Image makeLogo(Typeface& face, bool onBlack, int size = 512);
+// `picture` in the middle of a width x height canvas of `surround`: for
+// titles that a scene shows through a small window round the image's centre.
+Image inCentre(const Image& picture, int width, int height, const Rgba& surround);

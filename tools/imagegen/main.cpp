@@ -73,10 +73,14 @@ int main(int argc, char** argv) {
   // letters widened by 4 / 3.
   out.write("kestrin.png", makeTitle(sans, U"KESTRIN", 512, 128, 84, 4.0f / 3.0f, 16, 0.35f), 4);
   out.write("ks.png", makeTitle(serif, U"presents", 512, 128, 84, 4.0f / 3.0f, 6, 0.35f), 4);
-  out.write("mb.png", makeTitle(bold, U"mb", 512, 512, 260, 1.0f, 8, 0.3f), 4);
-  out.write("cd.png", makeTitle(bold, U"cd", 512, 512, 260, 1.0f, 8, 0.3f), 4);
+  // The layered titles are seen from a third of a unit away through the
+  // camera's 75 degrees: only about the middle fifth of the picture fills the
+  // screen, so the lettering sits there, small, on a clear surround.
+  const Rgba clear{1, 1, 1, 0};
+  out.write("mb.png", inCentre(makeTitle(bold, U"mb", 128, 96, 80, 1.0f, 4, 0.3f), 512, 512, clear), 4);
+  out.write("cd.png", inCentre(makeTitle(bold, U"cd", 128, 96, 80, 1.0f, 4, 0.3f), 512, 512, clear), 4);
   out.write("OSTL512.png", makeLogo(sans, false), 4);
-  out.write("OSTL512b.png", makeLogo(sans, true), 3);
+  out.write("OSTL512b.png", inCentre(makeLogo(sans, true, 200), 512, 512, Rgba{0, 0, 0, 1}), 3);
 
   out.write("noisis2.png", makeMote(0), 4);
   out.write("noisis5.png", makeMote(1), 4);

@@ -38,15 +38,21 @@ inline std::string scratchDirectory(const std::string& name) {
 // Plays at 256 x 192 from fromMs at fps frames a second and compares the
 // first frame at or past each shot (music position, ms) with
 // tests/references/scene_<name>_<ms>.png.
-inline void playAndCompare(const std::string& sceneName, int fps, int fromMs, const std::vector<int>& shots) {
+// `size`: the display option, "-res:256" (256 x 192) or "--size 256x144".
+// The run directory has no script, so the frames show the scenes as they
+// build themselves (tests/production/ScriptProgramTest covers the script).
+inline void playAndCompare(const std::string& sceneName, int fps, int fromMs, const std::vector<int>& shots,
+                           const std::string& size = "-res:256") {
   setenv("SDL_AUDIODRIVER", "dummy", 1);
   setenv("SDL12COMPAT_OPENGL_SCALING", "0", 1);
   const std::string dir = scratchDirectory(sceneName);
   std::string list;
   for (int ms : shots) list += (list.empty() ? "" : ",") + std::to_string(ms);
-  const std::string args = "-nomusic --windowed -res:256 --fixed-fps " + std::to_string(fps) + " --from " +
+  const std::string args = "-nomusic --windowed " + size + " --fixed-fps " + std::to_string(fps) + " --from " +
                            std::to_string(fromMs) + " --capture " + dir + " --shots " + list;
-  const testrun::Result r = testrun::runOstravine(args, 300);
+  const std::string runDir = testrun::scratchRunDirectory("scene_pictures_" + sceneName, false);
+  ASSERT_FALSE(runDir.empty());
+  const testrun::Result r = testrun::runOstravineIn(runDir, args, 300);
   ASSERT_FALSE(r.timedOut);
   ASSERT_EQ(r.exitStatus, 0) << r.out << r.err;
   for (int ms : shots) {
