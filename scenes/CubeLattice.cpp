@@ -29,7 +29,7 @@ void addCubeLattice(SceneSkeleton& scene, const LatticeSpec& spec, const Materia
   });
 }
 
-void applyColourFamilies(SceneSkeleton& scene, const ColourFamilies& f, Material& picture, Material& glow,
+void applyCubeColourFamilies(SceneSkeleton& scene, const CubeColourFamilies& f, Material& picture, Material& glow,
                          const std::vector<int32_t>& objects) {
   for (int32_t n = 0; n < static_cast<int32_t>(objects.size()); ++n) {
     crtSrand(static_cast<uint32_t>((n / f.groupSize) % 3) + f.seedBase);

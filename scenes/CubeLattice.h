@@ -50,7 +50,7 @@ void addCubeLattice(SceneSkeleton& scene, const LatticeSpec& spec, const Materia
 //   four for the stage 0 offsets (SceneSkeleton::drawStageOffsets)
 // then both looks go to the cube (applyLooks). The two materials are edited
 // in place and keep the last cube's values.
-struct ColourFamilies {
+struct CubeColourFamilies {
   int32_t groupSize = 60;
   uint32_t seedBase = 1993;
   float glowDiffuse = 0.05f;
@@ -59,7 +59,7 @@ struct ColourFamilies {
   float pictureAmbient = 0.05f;
 };
 
-void applyColourFamilies(SceneSkeleton& scene, const ColourFamilies& families, Material& picture, Material& glow,
+void applyCubeColourFamilies(SceneSkeleton& scene, const CubeColourFamilies& families, Material& picture, Material& glow,
                          const std::vector<int32_t>& objects);
 
 // ---- The near ring of plates -------------------------------------------------

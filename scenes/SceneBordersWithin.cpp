@@ -67,7 +67,7 @@ SceneBordersWithin::SceneBordersWithin(Demo* demo_, const std::string& name_)
   std::vector<int32_t> cubes;
   addCubeLattice(*this, LatticeSpec{5, 12, 7, Vector3(2, 5.5f, 3), 36.0f}, picture, glow, cubes, basePositions);
   for (int32_t n = 0; n < cubeCount; ++n) objectIds[n + 1] = cubes[n];
-  applyColourFamilies(*this, ColourFamilies{60, 1993, 0.05f, 0.01f, 0.1f, 0.05f}, picture, glow, cubes);
+  applyCubeColourFamilies(*this, CubeColourFamilies{60, 1993, 0.05f, 0.01f, 0.1f, 0.05f}, picture, glow, cubes);
 
   // Flares at the light; the motes go on from their sequence.
   crtSrand(232);

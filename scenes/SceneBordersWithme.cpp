@@ -62,7 +62,7 @@ SceneBordersWithme::SceneBordersWithme(Demo* demo_, const std::string& name_)
   std::vector<int32_t> tiles;
   addCubeLattice(*this, LatticeSpec{4, 4, 40, Vector3(1.5f, 1.5f, 19.5f), 186.0f}, picture, glow, tiles, tileHomes);
   for (int32_t n = 0; n < tileCount; ++n) objects[n + 1] = tiles[n];
-  applyColourFamilies(*this, ColourFamilies{16, 1990, 0.1f, 0.01f, 0.2f, 0.1f}, picture, glow, tiles);
+  applyCubeColourFamilies(*this, CubeColourFamilies{16, 1990, 0.1f, 0.01f, 0.2f, 0.1f}, picture, glow, tiles);
 
   crtSrand(232);
   FlareSpec glares;

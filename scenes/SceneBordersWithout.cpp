@@ -66,7 +66,7 @@ SceneBordersWithout::SceneBordersWithout(Demo* demo_, const std::string& name_)
   addCubeLattice(*this, LatticeSpec{10, 10, 4, Vector3(4.5f, 4.5f, 1.5f), 186.0f}, picture, glow, cubes,
                  basePositions);
   for (int32_t n = 0; n < cubeCount; ++n) objectIds[n + 1] = cubes[n];
-  applyColourFamilies(*this, ColourFamilies{100, 1993, 0.075f, 0.015f, 0.3f, 0.15f}, picture, glow, cubes);
+  applyCubeColourFamilies(*this, CubeColourFamilies{100, 1993, 0.075f, 0.015f, 0.3f, 0.15f}, picture, glow, cubes);
 
   crtSrand(232);
   FlareSpec flares;

@@ -40,7 +40,7 @@ inline void expectLattice(const World& world, int first, const LatticeSpec& spec
 
 // The colour families of `f` on cubes `which` of the lattice from object
 // `first` on, each reseeded as the family says; the stage 0 textures by name.
-inline void expectColourFamilies(const World& world, int first, const ColourFamilies& f, std::initializer_list<int> which,
+inline void expectColourFamilies(const World& world, int first, const CubeColourFamilies& f, std::initializer_list<int> which,
                                  const char* texture) {
   for (int n : which) {
     startAt({static_cast<uint32_t>((n / f.groupSize) % 3) + f.seedBase, 0});

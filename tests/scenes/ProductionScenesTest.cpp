@@ -46,6 +46,7 @@ TEST(ProductionScenes, TheLastThreeAreTheRollingScenes) {
   delete rollus;
   delete rollout;
   delete rollin;
+}
 
 TEST(ProductionScenes, IndicesOneToThreeAreTheNoiseCubeScenes) {
   REQUIRE_GL(scenetest::width, scenetest::height);

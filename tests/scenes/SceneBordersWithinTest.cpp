@@ -83,7 +83,7 @@ TEST(SceneBordersWithin, LatticeFromSeed234InFamiliesOfSixty) {
   scenetest::expectLattice(s.world, firstCube, LatticeSpec{5, 12, 7, Vector3(2, 5.5f, 3), 36.0f}, s.basePositions);
   EXPECT_EQ(s.basePositions[0], Vector3(-2, -5.5f, -3));
   EXPECT_EQ(s.basePositions[419], Vector3(2, 5.5f, 3));
-  scenetest::expectColourFamilies(s.world, firstCube, ColourFamilies{60, 1993, 0.05f, 0.01f, 0.1f, 0.05f},
+  scenetest::expectColourFamilies(s.world, firstCube, CubeColourFamilies{60, 1993, 0.05f, 0.01f, 0.1f, 0.05f},
                                   {0, 59, 60, 179, 180, 419}, "hopmet");
   // Three families in turn: cubes 0 and 180 share one.
   const auto glowOf = [&](int n) { return s.world.objects[firstCube + n]->materials[1].diffuse; };

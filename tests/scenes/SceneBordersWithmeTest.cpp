@@ -89,7 +89,7 @@ TEST(SceneBordersWithme, TunnelFourByFourFortyDeepInSlicesOfSixteen) {
                            s.tileHomes);
   EXPECT_EQ(s.tileHomes[0], Vector3(-1.5f, -1.5f, -19.5f));
   EXPECT_EQ(s.tileHomes[639], Vector3(1.5f, 1.5f, 19.5f));
-  scenetest::expectColourFamilies(s.world, firstTile, ColourFamilies{16, 1990, 0.1f, 0.01f, 0.2f, 0.1f},
+  scenetest::expectColourFamilies(s.world, firstTile, CubeColourFamilies{16, 1990, 0.1f, 0.01f, 0.2f, 0.1f},
                                   {0, 15, 16, 47, 48, 639}, "hopmet");
   const auto glowOf = [&](int i) { return s.world.objects[firstTile + i]->materials[1].diffuse; };
   EXPECT_EQ(glowOf(0), glowOf(15));

@@ -70,7 +70,7 @@ TEST(SceneBordersWithout, LatticeTumblesFreelyInFamiliesOfAHundred) {
   SceneBordersWithout& s = scene();
   scenetest::expectLattice(s.world, firstCube, LatticeSpec{10, 10, 4, Vector3(4.5f, 4.5f, 1.5f), 186.0f},
                            s.basePositions);
-  scenetest::expectColourFamilies(s.world, firstCube, ColourFamilies{100, 1993, 0.075f, 0.015f, 0.3f, 0.15f},
+  scenetest::expectColourFamilies(s.world, firstCube, CubeColourFamilies{100, 1993, 0.075f, 0.015f, 0.3f, 0.15f},
                                   {0, 99, 100, 299, 399}, "hopmet");
 }
 
