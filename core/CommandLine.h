@@ -45,6 +45,8 @@ struct PlayerOptions {
   std::vector<int32_t> shots;   // --shots MS,MS,...: only the first frame at or past each position
   bool benchmark = false;       // --benchmark: print frame timings per scheduled scene at the end
   bool trace = false;           // --trace: print each frame's clock values
+  std::string videoFile;        // --video FILE: render the range on the fixed clock into a video file
+  bool lossless = false;        // --lossless: with --video, FFV1 and FLAC in a .mkv file
   std::string error;            // non-empty: what was wrong with the options
 };
 
