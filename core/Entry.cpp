@@ -67,6 +67,13 @@ int ostravineMain(int argc, char** argv) {
     fprintf(stderr, "ostravine: %s\n", player.error.c_str());
     return 2;
   }
+  if (!player.captureDir.empty()) {
+    const std::string problem = prepareCaptureFolder(player.captureDir);
+    if (!problem.empty()) {
+      fprintf(stderr, "ostravine: --capture: %s\n", problem.c_str());
+      return 2;
+    }
+  }
   // The production ends at this music position (the Demo's endTime).
   const int32_t productionEndMs = 263500;
 
@@ -75,7 +82,9 @@ int ostravineMain(int argc, char** argv) {
   std::string ffmpegPath;
   VideoSettings video;
   if (makingVideo) {
-    const std::string problem = videoFileProblem(player.videoFile, player.lossless);
+    std::string problem = videoFileProblem(player.videoFile, player.lossless);
+    if (problem.empty() && !(problem = videoFolderProblem(player.videoFile)).empty())
+      problem = "--video: " + problem;
     if (!problem.empty()) {
       fprintf(stderr, "ostravine: %s\n", problem.c_str());
       return 2;

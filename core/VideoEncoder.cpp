@@ -58,6 +58,16 @@ std::string videoFileProblem(const std::string& path, bool lossless) {
   return "--video: '" + path + "' does not end in .mp4, .m4v, .mov, .mkv or .webm";
 }
 
+std::string videoFolderProblem(const std::string& path) {
+  const size_t slash = path.find_last_of('/');
+  const std::string folder = slash == std::string::npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
+  struct stat st;
+  if (stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode)) return path + " is a folder";
+  if (stat(folder.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) return "the folder " + folder + " does not exist";
+  if (access(folder.c_str(), W_OK | X_OK) != 0) return "cannot write into " + folder + ": " + strerror(errno);
+  return "";
+}
+
 std::vector<std::string> ffmpegArguments(const VideoSettings& s) {
   const std::string ext = lowerExtension(s.path);
   std::vector<std::string> a = {"-hide_banner", "-loglevel", "error", "-nostats", "-y"};

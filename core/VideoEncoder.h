@@ -40,6 +40,10 @@ uint32_t videoFrameCount(int32_t fromMs, int32_t toMs, int32_t fps);
 // an extension outside the list above, or `lossless` on anything but .mkv.
 std::string videoFileProblem(const std::string& path, bool lossless);
 
+// What stands in the way of creating the file: its folder missing or not
+// writable, or the name being a folder; "" when nothing does.
+std::string videoFolderProblem(const std::string& path);
+
 // ffmpeg's arguments (without the program name) for these settings.
 std::vector<std::string> ffmpegArguments(const VideoSettings& settings);
 
