@@ -10,6 +10,7 @@ pkgs=(
   ffmpeg
   libgtest-dev googletest
   xvfb xauth
+  clang
 )
 missing=()
 for p in "${pkgs[@]}"; do
