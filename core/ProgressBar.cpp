@@ -51,7 +51,8 @@ void ProgressBar::update(uint32_t done) {
 }
 
 void ProgressBar::finish(uint32_t done) {
-  draw(done);
+  // A log does not need the same line twice.
+  if (terminal || !anyDrawn || lastDone != done) draw(done);
   if (terminal) fputc('\n', stream);
   fflush(stream);
 }
@@ -60,6 +61,7 @@ void ProgressBar::draw(uint32_t done) {
   const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
   const double fps = seconds > 0 && done > 0 ? done / seconds : 0.0;
   anyDrawn = true;
+  lastDone = done;
   if (terminal)
     fprintf(stream, "\r%s\x1b[K", formatProgress(done, total, fps, 24).c_str());  // \x1b[K clears the rest
   else

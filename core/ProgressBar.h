@@ -34,4 +34,5 @@ class ProgressBar {
   std::chrono::steady_clock::time_point started;
   std::chrono::steady_clock::time_point lastDrawn;
   bool anyDrawn = false;
+  uint32_t lastDone = 0;   // the count on the line drawn last
 };

@@ -213,6 +213,17 @@ TEST(Progress, APlainStreamGetsWholeLinesATerminalOneRewrittenLine) {
   EXPECT_EQ(std::count(text, text + size, '\r'), 0);
   free(text);
 
+  // A line already written with the final count is not written again.
+  plain = open_memstream(&text, &size);
+  {
+    ProgressBar bar(plain, false, 3, 0.0);
+    bar.update(3);
+    bar.finish(3);
+  }
+  fclose(plain);
+  EXPECT_EQ(std::count(text, text + size, '\n'), 1) << text;
+  free(text);
+
   FILE* terminal = open_memstream(&text, &size);
   {
     ProgressBar bar(terminal, true, 3);
