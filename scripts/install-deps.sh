@@ -10,7 +10,7 @@ pkgs=(
   ffmpeg
   libgtest-dev googletest
   xvfb xauth
-  clang
+  clang libclang-rt-14-dev
 )
 missing=()
 for p in "${pkgs[@]}"; do
