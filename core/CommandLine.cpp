@@ -116,6 +116,13 @@ PlayerOptions parsePlayerOptions(int argc, char** argv) {
         o.hasTo = parseInt(v, o.toMs) && o.toMs >= 0;
         if (!o.hasTo) fail(std::string("--to: '") + v + "' is not a position in milliseconds");
       }
+    } else if (a == "--video") {
+      if (const char* v = value("a file name")) {
+        o.videoFile = v;
+        if (o.videoFile.empty()) fail("--video needs a file name");
+      }
+    } else if (a == "--lossless") {
+      o.lossless = true;
     } else if (a == "--capture") {
       if (const char* v = value("a directory")) o.captureDir = v;
     } else if (a == "--shots") {
@@ -139,6 +146,7 @@ PlayerOptions parsePlayerOptions(int argc, char** argv) {
   }
   if (o.hasFrom && o.hasTo && o.toMs < o.fromMs) fail("--to lies before --from");
   if (!o.shots.empty() && o.captureDir.empty()) o.captureDir = ".";
+  if (o.lossless && o.videoFile.empty()) fail("--lossless goes with --video");
   return o;
 }
 
@@ -170,6 +178,11 @@ std::string playerHelpText() {
       "  --capture DIR     write every frame as DIR/frame-NNNNNN.png\n"
       "  --shots MS,MS,... with --capture: write only the first frame at or past\n"
       "                    each position, as DIR/shot-MS.png\n"
+      "  --video FILE      render the range (--from, --to) on the fixed clock (60 fps\n"
+      "                    unless --fixed-fps) into a video with the music, through\n"
+      "                    ffmpeg: .mp4 and .mov H.264 and AAC, .mkv H.264 and Vorbis,\n"
+      "                    .webm VP9 and Opus; a progress bar goes to stderr\n"
+      "  --lossless        with --video FILE.mkv: FFV1 and FLAC, for further editing\n"
       "  --benchmark       print frame-time figures per scheduled scene at the end\n"
       "  --trace           print each frame's clock values (position, rewind offset,\n"
       "                    picture time, step, paused) and the value of each\n"

@@ -21,6 +21,7 @@
 #include "core/LoadingScene.h"
 #include "core/OstravineDemo.h"
 #include "core/PlaybackControl.h"
+#include "core/VideoRecording.h"
 #include "flow/FlowCharts.h"
 #include "foundation/Capabilities.h"
 #include "foundation/InputState.h"
@@ -71,6 +72,45 @@ int ostravineMain(int argc, char** argv) {
     fprintf(stderr, "ostravine: %s\n", player.error.c_str());
     return 2;
   }
+  if (!player.captureDir.empty()) {
+    const std::string problem = prepareCaptureFolder(player.captureDir);
+    if (!problem.empty()) {
+      fprintf(stderr, "ostravine: --capture: %s\n", problem.c_str());
+      return 2;
+    }
+  }
+  // The production ends at this music position (the Demo's endTime).
+  const int32_t productionEndMs = 263500;
+
+  // --video: everything that can be refused is refused before the display opens.
+  const bool makingVideo = !player.videoFile.empty();
+  std::string ffmpegPath;
+  VideoSettings video;
+  if (makingVideo) {
+    std::string problem = videoFileProblem(player.videoFile, player.lossless);
+    if (problem.empty() && !(problem = videoFolderProblem(player.videoFile)).empty())
+      problem = "--video: " + problem;
+    if (!problem.empty()) {
+      fprintf(stderr, "ostravine: %s\n", problem.c_str());
+      return 2;
+    }
+    ffmpegPath = findOnPath("ffmpeg");
+    if (ffmpegPath.empty()) {
+      fprintf(stderr, "ostravine: --video needs ffmpeg, which is not on PATH (Debian: apt-get install ffmpeg)\n");
+      return 2;
+    }
+    video.path = player.videoFile;
+    video.lossless = player.lossless;
+    video.fps = player.fixedFps > 0 ? player.fixedFps : 60;
+    video.fromMs = player.hasFrom ? player.fromMs : 0;
+    const int32_t toMs = player.hasTo && player.toMs < productionEndMs ? player.toMs : productionEndMs;
+    video.frameCount = videoFrameCount(video.fromMs, toMs, video.fps);
+    if (video.frameCount == 0) {
+      fprintf(stderr, "ostravine: --video: no frame lies from %d ms to %d ms (the film ends at %d ms)\n",
+              video.fromMs, toMs, productionEndMs);
+      return 2;
+    }
+  }
 
   // Start-up 1: settings from the command line.
   const ProductionOptions production = parseProductionLine(joinArguments(argc, argv));
@@ -87,9 +127,9 @@ int ostravineMain(int argc, char** argv) {
     screenWidth = player.sizeWidth;
     screenHeight = player.sizeHeight;
   }
-  if (player.windowed) fullscreen = false;
+  if (player.windowed || makingVideo) fullscreen = false;
   FixedClock fixedClock;
-  fixedClock.fps = player.fixedFps;
+  fixedClock.fps = makingVideo ? video.fps : player.fixedFps;
   if (fixedClock.fps > 0) audioEnabled = false;  // the music cannot follow a fixed clock
   fixedClock.begin();
   Benchmark benchmark(player.benchmark);
@@ -140,7 +180,7 @@ int ostravineMain(int argc, char** argv) {
 
   // Start-up 11.
   RewindControl rewind;
-  demo.endTime = 263500;
+  demo.endTime = productionEndMs;
   demo.start();
   if (player.hasFrom) {
     // Start there as if the production began there: the first frame's step
@@ -148,6 +188,22 @@ int ostravineMain(int argc, char** argv) {
     demo.seek(player.fromMs);
     demo.previousTime = demo.currentTime;
     demoTimeMs = demo.currentTime;
+  }
+
+  VideoRecording recording;
+  if (makingVideo) {
+    video.width = screenWidth;
+    video.height = screenHeight;
+    // The music goes into the file unless -nomusic; a file that does not
+    // decode makes a silent video rather than a failed one.
+    const char* musicPath = "./music/ostravine.mp3";
+    if (production.audioEnabled) {
+      if (musicFileDecodes(musicPath))
+        video.musicPath = musicPath;
+      else
+        printf("WARNING: Music file %s cannot be decoded; the video has no sound.\n", musicPath);
+    }
+    if (!recording.begin(ffmpegPath, video)) exitProgram(1);
   }
 
   size_t nextShot = 0;
@@ -248,15 +304,20 @@ int ostravineMain(int argc, char** argv) {
       }
     }
 
+    // --video: this frame into the file.
+    if (makingVideo && (!recording.addFrame() || recording.complete())) break;
+
     // 13: the end of the production.
     if (demo.position() > demo.endTime) break;
     if (player.hasTo && demoTimeMs >= player.toMs) break;
     if (!player.shots.empty() && nextShot >= player.shots.size()) break;
 
     // 14, 15: seek and pause keys.
-    applySeekKeys(demo, theInput->key(SDLK_UP), theInput->key(SDLK_DOWN), theInput->key(SDLK_RIGHT),
-                  theInput->key(SDLK_LEFT));
-    if (pauseKeyToggles(theInput->key(SDLK_p), pauseLatch)) {
+    // A video follows the fixed clock alone: keys do not move it.
+    if (!makingVideo)
+      applySeekKeys(demo, theInput->key(SDLK_UP), theInput->key(SDLK_DOWN), theInput->key(SDLK_RIGHT),
+                    theInput->key(SDLK_LEFT));
+    if (!makingVideo && pauseKeyToggles(theInput->key(SDLK_p), pauseLatch)) {
       if (demo.isPaused())
         demo.resume();
       else
@@ -284,5 +345,5 @@ int ostravineMain(int argc, char** argv) {
     fixedClock.advance();
   }
   benchmark.report(demo);
-  exitProgram(0);
+  exitProgram(makingVideo ? recording.end() : 0);
 }

@@ -2,6 +2,10 @@
 
 #include <GL/glew.h>
 #include <png.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
 
 #include <cstdio>
 #include <cstring>
@@ -26,4 +30,13 @@ bool captureFrame(const std::string& path, int32_t width, int32_t height) {
     return false;
   }
   return true;
+}
+
+std::string prepareCaptureFolder(const std::string& folder) {
+  if (mkdir(folder.c_str(), 0777) != 0 && errno != EEXIST)
+    return "cannot make the folder " + folder + ": " + strerror(errno);
+  struct stat st;
+  if (stat(folder.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) return folder + " is not a folder";
+  if (access(folder.c_str(), W_OK | X_OK) != 0) return "cannot write into " + folder + ": " + strerror(errno);
+  return "";
 }

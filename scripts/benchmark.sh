@@ -2,7 +2,9 @@
 # Benchmark: builds (as the play command does), then renders a stretch of
 # every scheduled scene on the fixed clock at each size and prints the
 # program's figures, one line each: time from process start to the first
-# frame, frames per second (mean and slowest frame) per scene, peak memory.
+# frame, frames per second (mean and slowest frame) per scene, peak memory;
+# then the cost of --video: the mean frames per second of one stretch
+# rendered plain and rendered into a video file (with the music).
 #
 #   bash scripts/benchmark.sh                 # 640x360 and 1280x720
 #   bash scripts/benchmark.sh 800x450         # sizes of your choice
@@ -36,4 +38,16 @@ for size in "${sizes[@]}"; do
     echo "$out" | grep ' scene ' | sed "s/^/  /"
     echo "$out" | grep peak-memory | sed "s/^/  at ${start} ms: /"
   done
+  # The same stretch without and with capture to a video file.
+  from=135000
+  to=$((from + 3 * per_scene_ms))
+  video_file=$(mktemp -u /tmp/ostravine-benchmark-XXXXXX.mp4)
+  fps() { grep '^benchmark: all frames' | sed 's/.*mean-fps \([0-9.]*\).*/\1/'; }
+  plain=$(run ./ostravine -nomusic --windowed --size "$size" --fixed-fps 25 --benchmark \
+          --from $from --to $to 2>&1 | fps)
+  video=$(run ./ostravine --windowed --size "$size" --fixed-fps 25 --benchmark \
+          --from $from --to $to --video "$video_file" 2>&1 | fps)
+  rm -f "$video_file"
+  echo "  video capture $from..$to ms: plain $plain fps, with --video $video fps" \
+       "($(awk -v p="$plain" -v v="$video" 'BEGIN { printf "%+.1f%%", (p > 0 ? (v / p - 1) * 100 : 0) }'))"
 done

@@ -7,8 +7,10 @@ pkgs=(
   cmake g++ make pkg-config
   libsdl1.2-compat-dev libglew-dev libglu1-mesa-dev libgl1-mesa-dri libpng-dev libmpg123-dev
   libfreetype-dev fonts-dejavu-core lame
+  ffmpeg
   libgtest-dev googletest
   xvfb xauth xdotool
+  clang libclang-rt-14-dev
 )
 missing=()
 for p in "${pkgs[@]}"; do

@@ -2,6 +2,7 @@
 # Installs what is needed, builds, and runs every test: first the normal
 # build, then a build with AddressSanitizer and UndefinedBehaviorSanitizer.
 # Tests that need a display run under Xvfb with Mesa's software renderer.
+# Last, each fuzz target runs for 20 seconds (SKIP_FUZZ=1 skips that).
 # -noreset: otherwise the server resets whenever its last client leaves, and
 # a test starting at that moment finds no display.
 set -euo pipefail
@@ -33,4 +34,9 @@ if [ "${SKIP_SANITIZERS:-0}" != 1 ]; then
   # build: under the sanitizers they take many minutes and prove nothing new.
   (cd build-sanitize && ASAN_OPTIONS=detect_leaks=0 UBSAN_OPTIONS=print_stacktrace=1 \
     xvfb-run -a -s "-screen 0 1280x1024x24 -noreset" ctest --output-on-failure -j"$jobs" -LE slow)
+fi
+
+if [ "${SKIP_FUZZ:-0}" != 1 ]; then
+  echo "== fuzz targets, 20 s each (scripts/fuzz.sh runs long campaigns)"
+  FUZZ_SECONDS=20 SKIP_DEPS=1 bash scripts/fuzz.sh
 fi
