@@ -21,12 +21,16 @@ struct FilmFrame {
   const char* shows;  // what the frame shows, for the failure message
 };
 
-// One frame a few seconds into each scene that stands. A scene that lands
-// adds its row here (in position order) and its reference: 30500 Without,
-// 48800 Within, 79000 Withme, 105000 Withthem, 124000 Withus, 169000 Withyou.
+// One frame a few seconds into each scene, in position order.
 const FilmFrame filmFrames[] = {
     {4000, "ScenePerforme, the wall under the light"},
+    {30500, "SceneBordersWithout, out of black"},
+    {48800, "SceneBordersWithin, the thread of cubes"},
+    {79000, "SceneBordersWithme, the tunnel"},
+    {105000, "SceneBordersWiththem, the needles"},
+    {124000, "SceneBordersWithus, the wall of slivers"},
     {139000, "SceneBordersMeetus, the swarm before the slab"},
+    {169000, "SceneBordersWithyou, the folding sheet"},
     {191300, "SceneBordersRollin, the rolling bars"},
     {221500, "SceneBordersRollout, the column of slats"},
     {236500, "SceneBordersRollus, the grid before it comes apart"},
@@ -35,10 +39,9 @@ const FilmFrame filmFrames[] = {
 
 // The last frame of the film: position 263500, 1.1 s after the rewind has
 // landed at 27.8 s of picture time, so SceneBordersWithout shows. Taken as
-// the last shot, it keeps the run going to the end; it is compared once
-// that scene stands (set to true with its reference).
+// the last shot, it keeps the run going to the end.
 constexpr int endOfFilmMs = 263500;
-constexpr bool compareEndOfFilm = false;
+constexpr bool compareEndOfFilm = true;
 
 testimg::Tolerance filmTolerance() {
   testimg::Tolerance t;  // as the scene pictures: far below a moved object or a lost title
