@@ -18,10 +18,12 @@ using namespace editortest;
 
 namespace {
 
-const std::string kScript = std::string(OSTRAVINE_BINARY_DIR) + "/editor-session-test.scr";
-
 class EditorSessionKeysTest : public ::testing::Test {
  protected:
+  // A script file of each test's own: CTest runs these tests side by side.
+  const std::string kScript = std::string(OSTRAVINE_BINARY_DIR) + "/editor-session-" +
+                              ::testing::UnitTest::GetInstance()->current_test_info()->name() + ".scr";
+
   void SetUp() override {
     startEditor();
     std::remove(kScript.c_str());
