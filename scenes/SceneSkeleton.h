@@ -162,11 +162,11 @@ class SceneSkeleton : public Scene {
   // with `projectedTexture` "solidnoisebump" and a 1024 shadow map, ambient
   // (a, a, a, 1); returns the object index of addLight. No random draws.
   int32_t addStandardLight(float ambientLevel = 0.5f);
-  // Flares of the spec (SceneKit.h), appended to the World's billboards;
+  // Flares as the FlareSpec gives them (SceneKit.h), appended to the World's billboards;
   // returns the billboard index of the first. Four draws per flare.
   uint32_t addFlares(const FlareSpec& spec);
-  // Dust of the spec (SceneKit.h), appended; returns the billboard index of
-  // the first. Four to six draws per mote, as the spec says.
+  // Dust as the DustSpec gives it (SceneKit.h), appended; returns the billboard index of
+  // the first. Four to six draws per mote, as the DustSpec asks.
   uint32_t addDust(const DustSpec& spec);
 
   // ---- per-frame helpers (no random draws) ------------------------------------
