@@ -111,12 +111,6 @@ SceneBordersMeetus::SceneBordersMeetus(Demo* demo_, const std::string& name_)
 // ===========================================================================
 // Per frame
 // ===========================================================================
-Vector3 SceneBordersMeetus::swarmSamplePoint(const Vector3& h, float e1, float e2, float T) {
-  const float u = e1 * 0.01f + 0.012f;
-  return Vector3(std::cos(u * h.x * 12.2f) * 0.123f + T * 0.034f + 10.0f, e2 * 0.3f * h.z * 0.7f + u * h.y + 10.0f,
-                 (e1 * 0.01f + 0.002f) * h.z + 10.0f);
-}
-
 void SceneBordersMeetus::animate(float sceneSeconds, float demoSeconds, int32_t stepMs) {
   const float T = demoSeconds + 59.0f + 21.0f;
   const float S = sceneSeconds;
@@ -137,15 +131,7 @@ void SceneBordersMeetus::animate(float sceneSeconds, float demoSeconds, int32_t 
   // spreads into a cloud.
   const float e1 = easeInAt(S, 12.0f, 6.0f);
   const float e2 = easeInAt(S, 6.0f, 6.0f);
-  for (int32_t k = 1; k <= cubeCount; ++k) {
-    Mesh* cube = object(cubeObjects[k]);
-    if (!cube) continue;
-    const Vector3 p = swarmSamplePoint(cubeHomes[k - 1], e1, e2, T);
-    const float x = noiseX->fractalSum(p, 6) * 12.5f;
-    const float y = noiseY->fractalSum(p, 7) * 12.5f;
-    const float z = noiseZ->fractalSum(p, 6) * 12.5f;
-    cube->position = Vector3(x, y, z);
-  }
+  placeOnSwarm(cubeObjects, 1, cubeHomes, noiseX, noiseY, noiseZ, e1, e2, T);
 
   // 4. Glare sprites round the light; 5. dust drifts along the noise flow,
   // and a negative step runs it back.

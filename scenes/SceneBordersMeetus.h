@@ -30,13 +30,6 @@ class SceneBordersMeetus : public SceneSkeleton {
   static float beatFlash(float S, const float* beatList, int beatCount);
   static float beatFlash(float S);
 
-  // Where the swarm samples the noise for a cube at home h, with the two
-  // spreading envelopes E1, E2 and the shifted demo time T:
-  //   u = E1*0.01 + 0.012
-  //   p = (cos(u*h.x*12.2)*0.123 + T*0.034 + 10, E2*0.3*h.z*0.7 + u*h.y + 10,
-  //        (E1*0.01 + 0.002)*h.z + 10)
-  static Vector3 swarmSamplePoint(const Vector3& home, float e1, float e2, float T);
-
   int32_t lightObject;               // object index of the light
   std::vector<int32_t> cubeObjects;  // 451: 0 the slab, 1..450 the swarm
   uint32_t glareCount;               // 2: billboards 0 and 1 follow the light
