@@ -92,6 +92,8 @@ PlayerOptions parsePlayerOptions(int argc, char** argv) {
       o.trace = true;
     } else if (a == "--edit") {
       o.edit = true;
+    } else if (a == "--settings") {
+      o.settings = true;
     } else if (a == "--size") {
       if (const char* v = value("a size WxH")) {
         int w = 0, h = 0;
@@ -190,6 +192,10 @@ std::string playerHelpText() {
       "  --edit            the editor over the show: F1 help, F3 flow charts, F10 edit\n"
       "                    mode; ctrl+shift+S/L save/load ostravine.scr, which is\n"
       "                    also read again whenever it changes on disk\n"
+      "  --settings        first the settings dialog: a size from the display's modes,\n"
+      "                    Fullscreen, Exact pixels, Audio; Begin plays, End ends\n"
+      "                    (environment OSTRAVINE_DISPLAY_MODES=WxH[xBITS],... gives\n"
+      "                    the list of modes instead of the display's)\n"
       "\n"
       "Keys: up/down seek 1.5 s, right/left seek 0.1 s, p pauses, escape quits.\n";
 }

@@ -21,6 +21,7 @@
 #include "core/LoadingScene.h"
 #include "core/OstravineDemo.h"
 #include "core/PlaybackControl.h"
+#include "core/SettingsDialog.h"
 #include "core/VideoRecording.h"
 #include "flow/FlowCharts.h"
 #include "foundation/Capabilities.h"
@@ -30,6 +31,7 @@
 #ifdef OSTRAVINE_WITH_EDITOR
 #include "editor/EditorScreens.h"
 #include "editor/EditorSession.h"
+#include "editor/SettingsDialogWindow.h"
 #endif
 
 namespace {
@@ -76,6 +78,24 @@ int ostravineMain(int argc, char** argv) {
     const std::string problem = prepareCaptureFolder(player.captureDir);
     if (!problem.empty()) {
       fprintf(stderr, "ostravine: --capture: %s\n", problem.c_str());
+      return 2;
+    }
+  }
+#ifndef OSTRAVINE_WITH_EDITOR
+  // The dialog is drawn with the editor's windows.
+  if (player.settings) {
+    fprintf(stderr, "ostravine: --settings: this player is built without the editor, which draws the settings dialog\n");
+    return 2;
+  }
+#endif
+  // A mode list of its own for the settings dialog, for tests and displays
+  // that offer too few modes.
+  std::vector<DisplayMode> givenModes;
+  const char* modesText = getenv(displayModesVariable);
+  if (player.settings && modesText) {
+    std::string problem;
+    if (!parseDisplayModes(modesText, givenModes, problem)) {
+      fprintf(stderr, "ostravine: %s: %s\n", displayModesVariable, problem.c_str());
       return 2;
     }
   }
@@ -127,6 +147,24 @@ int ostravineMain(int argc, char** argv) {
     screenWidth = player.sizeWidth;
     screenHeight = player.sizeHeight;
   }
+#ifdef OSTRAVINE_WITH_EDITOR
+  // The settings dialog, before anything opens the display: its choices
+  // replace the size and the settings above; --windowed still wins.
+  if (player.settings) {
+    SettingsDialogOptions dialog;
+    if (modesText) dialog.modes = &givenModes;
+    if (!player.captureDir.empty()) dialog.picturePath = player.captureDir + "/settings-dialog.png";
+    dialog.trace = player.trace;
+    const int go = runSettingsDialog(dialog);
+    if (go < 0) return 1;
+    if (go == 0) {
+      puts("Settings dialog: End.");
+      return 0;
+    }
+    printf("Settings dialog: Begin with %dx%d, wide display %d, fullscreen %d, exact pixels %d, audio %d.\n",
+           screenWidth, screenHeight, int(wideDisplay), int(fullscreen), int(exactPixels), int(audioEnabled));
+  }
+#endif
   if (player.windowed || makingVideo) fullscreen = false;
   FixedClock fixedClock;
   fixedClock.fps = makingVideo ? video.fps : player.fixedFps;

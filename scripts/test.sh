@@ -29,6 +29,14 @@ cmake --build build-player -j"$jobs" --target ostravine
 grep '^trace: position' build/player-trace.txt | tail -n 1 | grep -E '^trace: position 26[3-9][0-9]{3} '
 [ "$(grep '^trace: parameter performe\.cameraFOV ' build/player-trace.txt | sort -u | wc -l)" -gt 1 ]
 echo "the player without the editor played to the end, its charts driving the parameters"
+# The settings dialog is drawn by the editor: without it, --settings is
+# refused with one line and status 2, before any display opens.
+status=0
+build-player/run/ostravine --settings >build/player-settings.txt 2>&1 || status=$?
+if [ "$status" != 2 ] || [ "$(wc -l <build/player-settings.txt)" != 1 ] || ! grep -q -- '--settings' build/player-settings.txt; then
+  echo "the player without the editor answered --settings with status $status:"; cat build/player-settings.txt; exit 1
+fi
+echo "the player without the editor refuses --settings: $(cat build/player-settings.txt)"
 
 if [ "${SKIP_SANITIZERS:-0}" != 1 ]; then
   echo "== sanitizer build (ASan + UBSan)"

@@ -27,7 +27,8 @@ struct Expected {
   int width, height, channels;
 };
 
-// Every file the production's set-up and loading screen read, with its format.
+// Every file the production's set-up, loading screen and settings dialog
+// read, with its format.
 const std::vector<Expected> kImages = {
     {"hopmet.png", 512, 512, 3},        {"hopmetnoiseb.png", 512, 512, 3},
     {"solidnoisebump.png", 256, 256, 3}, {"black.png", 256, 256, 3},
@@ -38,6 +39,7 @@ const std::vector<Expected> kImages = {
     {"noisis5.png", 128, 128, 4},        {"OSTL512b.png", 512, 512, 3},
     {"mb.png", 512, 512, 4},             {"cd.png", 512, 512, 4},
     {"fonge3bb.png", 2048, 1024, 4},     {"font2.png", 1024, 1024, 4},
+    {"dialog1012.png", 342, 226, 3},
 };
 
 struct Png {
@@ -186,6 +188,9 @@ TEST_F(Imagegen, EveryPictureIsEightBitRgbOrRgbaOfItsSize) {
     EXPECT_EQ(p.colourType, e.channels == 4 ? PNG_COLOR_TYPE_RGBA : PNG_COLOR_TYPE_RGB) << e.name;
     EXPECT_EQ(p.channels, e.channels) << e.name;
     EXPECT_EQ(p.interlace, PNG_INTERLACE_NONE) << e.name;
+    // Textures have power-of-two sides; the dialog's picture is laid out as
+    // pixels at its own size, as a bitmap.
+    if (e.name == "dialog1012.png") continue;
     EXPECT_EQ(p.width & (p.width - 1), 0) << e.name << " width is not a power of two";
     EXPECT_EQ(p.height & (p.height - 1), 0) << e.name << " height is not a power of two";
   }
@@ -204,6 +209,21 @@ TEST_F(Imagegen, BlackIsBlackAndWhiteIsWhite) {
   const Png& white = picture("white.png");
   for (unsigned char v : black.data) ASSERT_EQ(v, 0);
   for (unsigned char v : white.data) ASSERT_EQ(v, 255);
+}
+
+// The settings dialog's picture: lettering in the upper part, above the size
+// list; a dark, quiet ground where the controls stand and below.
+TEST_F(Imagegen, TheDialogPictureIsLetteredAtTheTopAndDarkUnderTheControls) {
+  const Png& p = picture("dialog1012.png");
+  ASSERT_TRUE(p.ok);
+  int brightTop = 0, brightBelow = 0;
+  for (int y = 0; y < p.height; ++y)
+    for (int x = 0; x < p.width; ++x) {
+      const int level = std::max(p.at(x, y, 0), std::max(p.at(x, y, 1), p.at(x, y, 2)));
+      if (level > 200) (y < 68 ? brightTop : brightBelow) += 1;
+    }
+  EXPECT_GT(brightTop, 300) << "the title is missing";
+  EXPECT_EQ(brightBelow, 0);
 }
 
 // ============================================================================

@@ -11,6 +11,7 @@
 #include <string>
 #include <system_error>
 
+#include "DialogPicture.h"
 #include "GlyphGrid.h"
 #include "Image.h"
 #include "Lettering.h"
@@ -87,5 +88,8 @@ int main(int argc, char** argv) {
 
   out.write("fonge3bb.png", buildGlyphGrid(mono, mainFontLayout()), 4);
   out.write("font2.png", buildGlyphGrid(mono, loadingFontLayout()), 4);
+
+  // The settings dialog's picture, opaque like the dialog it fills.
+  out.write("dialog1012.png", makeDialogPicture(sans, bold), 3);
   return out.failed ? 1 : 0;
 }
