@@ -153,6 +153,7 @@ int ostravineMain(int argc, char** argv) {
   if (player.settings) {
     SettingsDialogOptions dialog;
     if (modesText) dialog.modes = &givenModes;
+    // With --capture the dialog's picture is kept as it stood when it closed.
     if (!player.captureDir.empty()) dialog.picturePath = player.captureDir + "/settings-dialog.png";
     dialog.trace = player.trace;
     const int go = runSettingsDialog(dialog);

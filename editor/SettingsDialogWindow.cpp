@@ -24,7 +24,10 @@ const Vector3 faceDark{0.76f, 0.75f, 0.72f};   // button face, lower edge
 const Vector3 paper{1, 1, 1};
 const Vector3 ink{0, 0, 0};
 const Vector3 frameGrey{0.35f, 0.35f, 0.38f};
-const Vector3 highlight{0.04f, 0.14f, 0.42f};  // the chosen entry of the dropped list
+// The chosen entry of the dropped list. Its text stays dark: the font's
+// second pass adds a light text's colour over its whole glyph quads on an
+// opaque ground.
+const Vector3 highlight{0.62f, 0.76f, 0.97f};
 
 // Check box labels are small: "Exact pixels" has 78 pixels with its box.
 const float checkTextScale = 0.33f;
@@ -164,7 +167,7 @@ void refreshSettingsDialogWindows(SettingsDialogWindows& d, const SettingsDialog
   for (size_t i = 0; i < d.entries.size(); ++i) {
     const bool on = int(i) == state.selected;
     d.entries[i]->topColor = d.entries[i]->bottomColor = on ? highlight : paper;
-    d.entries[i]->textColor = on ? paper : ink;
+    d.entries[i]->textColor = ink;
   }
 }
 
@@ -185,7 +188,6 @@ struct DialogRun {
   SettingsDialogWindows windows;
   std::vector<uint8_t> picture;  // the dialog's bitmap, RGBA, top row first
   int32_t pictureWidth = 0, pictureHeight = 0;
-  bool pictureWritten = false;
   int result = -1;
 
   explicit DialogRun(const SettingsDialogOptions& o) : options(o) {}
@@ -291,10 +293,7 @@ struct DialogRun {
     }
     drawWindows(nullptr);
     glDisable(GL_DEPTH_TEST);
-    if (!options.picturePath.empty() && !pictureWritten) {
-      pictureWritten = true;
-      writePicture();
-    }
+    if (!options.picturePath.empty()) writePicture();
   }
 
   void writePicture() {

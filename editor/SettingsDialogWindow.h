@@ -24,8 +24,10 @@ class EditorWindow;
 
 struct SettingsDialogOptions {
   const std::vector<DisplayMode>* modes = nullptr;  // null: the display's own modes, from SDL
-  std::string picturePath;  // non-empty: the first picture drawn is written here as a PNG
-  bool trace = false;       // a "trace: settings ..." line for each command and for the first picture
+  std::string picturePath;  // non-empty: each picture drawn is written here as a PNG, so the
+                            // file shows the dialog as it stood when it closed
+  bool trace = false;       // "trace: settings ..." lines: each command, the list dropped and
+                            // closed, each picture written, and the dialog first shown
 };
 
 // Opens the window, runs the dialog until it closes, then closes the window

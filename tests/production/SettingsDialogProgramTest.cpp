@@ -4,7 +4,7 @@
 // OSTRAVINE_DISPLAY_MODES. A size chosen in the dropped list and a check box
 // clicked reach the production's start-up; the arrow keys and return do the
 // same; "End" ends the program with status 0 before any display opens; the
-// dialog's first picture matches its reference. Without --settings nothing
+// dialog's picture matches its reference. Without --settings nothing
 // of the dialog appears, and a damaged mode list is refused with a message.
 #include <gtest/gtest.h>
 
@@ -81,8 +81,9 @@ TEST(SettingsDialogProgram, EndEndsTheProgramWithStatusZeroBeforeTheDisplayOpens
   EXPECT_TRUE(has(log, "Settings dialog: End.\n")) << log;
   EXPECT_FALSE(has(log, "Screen effective area size")) << log;
   EXPECT_FALSE(has(log, "start.")) << log;
-  // The dialog as first drawn: its picture, the preselected 800x576, the
-  // three boxes checked but Audio (-nomusic), the two buttons.
+  // The dialog as it stood when "End" was pressed, unchanged since it
+  // opened: its picture, the preselected 800x576, the boxes checked but
+  // Audio (-nomusic), the two buttons.
   testimg::Comparison c = testimg::compareToReference(work + "/shots/settings-dialog.png", "settings_dialog.png");
   EXPECT_TRUE(c.passed) << c.message;
 }

@@ -8,7 +8,7 @@
 #   keys   the down arrow chooses the size after the preselected one
 #          (640x480), return is "Begin";
 #   end    "End" pressed: the program ends at once. This run also writes the
-#          dialog's first picture, WORK_DIR/shots/settings-dialog.png.
+#          dialog's picture, WORK_DIR/shots/settings-dialog.png.
 # Usage: settings_dialog.sh RUN_DIR WORK_DIR [RUN...]   (RUN: begin, keys, end;
 # all three when none is named)
 # Writes WORK_DIR/<run>.log and WORK_DIR/<run>.status for each run.
