@@ -192,11 +192,16 @@ struct DialogRun {
 
   explicit DialogRun(const SettingsDialogOptions& o) : options(o) {}
 
+  // "trace: settings control 1009 notification 0: size ..." after a command,
+  // "trace: settings opened: size ..." once the dialog has taken the settings.
   void trace(int control, int notification) {
     if (!options.trace) return;
-    printf("trace: settings control %d notification %d: size %dx%d wide %d fullscreen %d exactPixels %d audio %d\n",
-           control, notification, screenWidth, screenHeight, int(wideDisplay), int(fullscreen), int(exactPixels),
-           int(audioEnabled));
+    if (control == 0)
+      printf("trace: settings opened: ");
+    else
+      printf("trace: settings control %d notification %d: ", control, notification);
+    printf("size %dx%d wide %d fullscreen %d exactPixels %d audio %d\n", screenWidth, screenHeight, int(wideDisplay),
+           int(fullscreen), int(exactPixels), int(audioEnabled));
   }
 
   void command(int r, int control, int notification) {
@@ -391,7 +396,7 @@ int runSettingsDialog(const SettingsDialogOptions& options) {
   }
   openSettingsDialog(run.state, modes);
   run.windows = buildSettingsDialogWindows(run.state);
-  run.trace(0, -1);
+  run.trace(0, 0);
 
   bool shown = false;
   while (run.result < 0) {

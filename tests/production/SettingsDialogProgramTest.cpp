@@ -53,7 +53,7 @@ TEST(SettingsDialogProgram, ASizeChosenInTheListAndExactPixelsClickedOffReachThe
   const std::string log = readFile(work + "/begin.log");
   EXPECT_EQ(readFile(work + "/begin.status"), "0\n") << log;
   // 800x576 was preselected (it follows 800x600 in the list, and the second search wins).
-  EXPECT_TRUE(has(log, "trace: settings control 0 notification -1: size 800x576 wide 1")) << log;
+  EXPECT_TRUE(has(log, "trace: settings opened: size 800x576 wide 1 fullscreen 1 exactPixels 1 audio 0\n")) << log;
   EXPECT_TRUE(has(log, "Settings dialog: Begin with 1280x800, wide display 1, fullscreen 1, exact pixels 0, audio 0.\n"))
       << log;
   // Without exact pixels the area is the largest powers of two that fit.
