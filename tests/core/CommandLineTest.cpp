@@ -95,7 +95,7 @@ TEST(CommandLine, JoinArgumentsSkipsProgramName) {
 
 TEST(PlayerOptions, ReadsEveryOption) {
   PlayerOptions o = player({"--windowed", "--size", "333x222", "--fixed-fps", "25", "--from", "1000", "--to", "2000",
-                            "--capture", "/tmp/x", "--shots", "1000,1500", "--benchmark"});
+                            "--capture", "/tmp/x", "--shots", "1000,1500", "--benchmark", "--settings"});
   EXPECT_TRUE(o.error.empty()) << o.error;
   EXPECT_TRUE(o.windowed);
   EXPECT_EQ(o.sizeWidth, 333);
@@ -107,6 +107,8 @@ TEST(PlayerOptions, ReadsEveryOption) {
   EXPECT_EQ(o.captureDir, "/tmp/x");
   EXPECT_EQ(o.shots, (std::vector<int32_t>{1000, 1500}));
   EXPECT_TRUE(o.benchmark);
+  EXPECT_TRUE(o.settings);
+  EXPECT_FALSE(player({"--windowed"}).settings);
 }
 
 TEST(PlayerOptions, ProductionWordsAreLeftAlone) {
@@ -157,6 +159,7 @@ TEST(PlayerOptions, ShotsWithoutDirectoryGoToCurrent) { EXPECT_EQ(player({"--sho
 TEST(PlayerOptions, HelpNamesEveryOption) {
   const std::string help = playerHelpText();
   for (const char* word : {"-nomusic", "-music", "-fullscreen", "-res:", "--windowed", "--size", "--fixed-fps",
-                           "--from", "--to", "--capture", "--shots", "--benchmark", "--trace", "--help"})
+                           "--from", "--to", "--capture", "--shots", "--benchmark", "--trace", "--settings",
+                           "OSTRAVINE_DISPLAY_MODES", "--help"})
     EXPECT_NE(help.find(word), std::string::npos) << word;
 }
