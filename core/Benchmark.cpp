@@ -59,7 +59,10 @@ void Benchmark::frameEnds(Demo& demo) {
     g->frames += 1;
     g->totalMs += ms;
     if (ms > g->slowestMs) g->slowestMs = ms;
-    for (int32_t p = 0; p < framePassCount; ++p) g->passMs[p] += frameprofile::passMilliseconds(FramePass(p));
+    for (int32_t p = 0; p < framePassCount; ++p) {
+      g->passMs[p] += frameprofile::passMilliseconds(FramePass(p));
+      g->passCpuMs[p] += frameprofile::passCpuMilliseconds(FramePass(p));
+    }
     g->counts.drawCalls += counts.drawCalls;
     g->counts.triangles += counts.triangles;
     g->counts.pixelsCopied += counts.pixelsCopied;
@@ -78,6 +81,9 @@ void Benchmark::report(Demo&) const {
     const double n = f.frames > 0 ? double(f.frames) : 1.0;
     printf("benchmark: %s pass-ms", label.c_str());
     for (int32_t p = 0; p < framePassCount; ++p) printf(" %s %.2f", framePassName(FramePass(p)), f.passMs[p] / n);
+    printf("\n");
+    printf("benchmark: %s pass-cpu-ms", label.c_str());
+    for (int32_t p = 0; p < framePassCount; ++p) printf(" %s %.2f", framePassName(FramePass(p)), f.passCpuMs[p] / n);
     printf("\n");
     printf("benchmark: %s per-frame draw-calls %.0f triangles %.0f pixels-copied %.0f\n", label.c_str(),
            double(f.counts.drawCalls) / n, double(f.counts.triangles) / n, double(f.counts.pixelsCopied) / n);

@@ -9,6 +9,7 @@
 //   benchmark: startup-to-first-frame-ms <ms>
 //   benchmark: scene <name> frames <n> mean-fps <f> slowest-frame-ms <ms>
 //   benchmark: scene <name> pass-ms shadow <ms> glow-source <ms> ... other <ms>
+//   benchmark: scene <name> pass-cpu-ms shadow <ms> ... other <ms> (processor time, all threads)
 //   benchmark: scene <name> per-frame draw-calls <n> triangles <n> pixels-copied <n>
 //   benchmark: all frames <n> mean-fps <f> slowest-frame-ms <ms>
 //   benchmark: peak-memory-mib <MiB>
@@ -43,6 +44,7 @@ class Benchmark {
     double totalMs = 0;
     double slowestMs = 0;
     double passMs[framePassCount] = {};
+    double passCpuMs[framePassCount] = {};
     FrameCounts counts;
   };
   bool enabled;

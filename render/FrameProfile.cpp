@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <ctime>
 
 namespace frameprofile {
 
@@ -20,10 +21,23 @@ int32_t surfaceWidth = 0;
 int32_t surfaceHeight = 0;
 double milliseconds[framePassCount] = {};
 double lastMilliseconds[framePassCount] = {};
+double cpuMilliseconds[framePassCount] = {};
+double lastCpuMilliseconds[framePassCount] = {};
 FrameCounts lastCounts;
 FramePass stack[maxDepth];
 int32_t depth = 0;
 Clock::time_point since;
+double cpuSince = 0;
+
+// Processor time of the whole process (every thread: the renderer's own
+// threads too), in milliseconds. Unlike the clock it does not run while the
+// process waits for a processor, which makes it the steadier figure on a
+// busy machine.
+double processCpuMilliseconds() {
+  timespec t{};
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &t);
+  return double(t.tv_sec) * 1000.0 + double(t.tv_nsec) / 1.0e6;
+}
 
 // Drains the renderer and charges the time since the last boundary to the
 // pass on top of the stack.
@@ -33,6 +47,9 @@ void boundary() {
   const FramePass top = depth > 0 ? stack[depth - 1] : FramePass::other;
   milliseconds[int32_t(top)] += std::chrono::duration<double, std::milli>(now - since).count();
   since = now;
+  const double cpuNow = processCpuMilliseconds();
+  cpuMilliseconds[int32_t(top)] += cpuNow - cpuSince;
+  cpuSince = cpuNow;
 }
 
 }  // namespace
@@ -42,6 +59,7 @@ void enable(int32_t readWidth, int32_t readHeight) {
   surfaceWidth = readWidth;
   surfaceHeight = readHeight;
   since = Clock::now();
+  cpuSince = processCpuMilliseconds();
 }
 
 void disable() { on = false; }
@@ -49,22 +67,30 @@ void disable() { on = false; }
 void beginFrame() {
   if (!on) return;
   std::fill(milliseconds, milliseconds + framePassCount, 0.0);
+  std::fill(cpuMilliseconds, cpuMilliseconds + framePassCount, 0.0);
   current = FrameCounts();
   depth = 0;
   glFinish();
   since = Clock::now();
+  cpuSince = processCpuMilliseconds();
 }
 
 void endFrame() {
   if (!on) return;
   boundary();
   std::copy(milliseconds, milliseconds + framePassCount, lastMilliseconds);
+  std::copy(cpuMilliseconds, cpuMilliseconds + framePassCount, lastCpuMilliseconds);
   lastCounts = current;
 }
 
 double passMilliseconds(FramePass pass) {
   const int32_t i = int32_t(pass);
   return i >= 0 && i < framePassCount ? lastMilliseconds[i] : 0.0;
+}
+
+double passCpuMilliseconds(FramePass pass) {
+  const int32_t i = int32_t(pass);
+  return i >= 0 && i < framePassCount ? lastCpuMilliseconds[i] : 0.0;
 }
 
 FrameCounts counts() { return lastCounts; }

@@ -17,7 +17,8 @@
 // points (core/GLCallCounting.cpp); code that links no such entry points
 // (tests of the libraries) counts nothing.
 //
-// Times are milliseconds of the steady clock. Main (GL) thread only.
+// Times are milliseconds, of the steady clock and of processor time (all the
+// process's threads). Main (GL) thread only.
 #pragma once
 #include <cstdint>
 
@@ -65,6 +66,9 @@ void beginFrame();
 void endFrame();
 // The last finished frame's figures.
 double passMilliseconds(FramePass pass);
+// The same as processor time of the whole process, all threads together:
+// what the pass cost, whatever else ran on the machine meanwhile.
+double passCpuMilliseconds(FramePass pass);
 FrameCounts counts();
 
 // Pass boundaries (see FramePassScope).

@@ -56,6 +56,9 @@ TEST_F(BenchmarkProfile, ASceneFrameHasEveryPassAndCountsItsWork) {
   }
   EXPECT_GT(passes.at("picture"), 0.0);
   EXPECT_GT(passes.at("glow-source"), 0.0);
+  const auto processor = figures(r.out, "benchmark: scene bordersWithout pass-cpu-ms");
+  ASSERT_EQ(processor.size(), passNames.size()) << r.out;
+  EXPECT_GT(processor.at("picture"), 0.0);
   const auto counts = figures(r.out, "benchmark: scene bordersWithout per-frame");
   ASSERT_EQ(counts.size(), 3u) << r.out;
   // Shadow maps, glow, masks, light images, billboards: far more than the
