@@ -30,19 +30,28 @@ double millisecondsSinceProcessStart() {
 
 Benchmark::Benchmark(bool enabled_) : enabled(enabled_) {}
 
+void Benchmark::displayReady(int32_t width, int32_t height) {
+  if (enabled) frameprofile::enable(width, height);
+}
+
 void Benchmark::frameBegins() {
-  if (enabled) frameStart = std::chrono::steady_clock::now();
+  if (!enabled) return;
+  frameprofile::beginFrame();
+  frameStart = std::chrono::steady_clock::now();
 }
 
 void Benchmark::frameEnds(Demo& demo) {
   if (!enabled) return;
+  frameprofile::endFrame();
   const double ms =
       std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - frameStart).count();
+  const FrameCounts counts = frameprofile::counts();
   if (!firstFrameDone) {
     firstFrameDone = true;
     startupMs = millisecondsSinceProcessStart();
   }
-  std::vector<Scene*> on = demo.visibleScenes(demo.currentTime);
+  // The frame's picture time (the rewind near the end moves it off the music's).
+  std::vector<Scene*> on = demo.visibleScenes(demo.previousTime);
   const std::string name = on.empty() ? std::string("(none)") : on.front()->name;
   if (!perScene.count(name)) order.push_back(name);
   Figures& f = perScene[name];
@@ -50,6 +59,13 @@ void Benchmark::frameEnds(Demo& demo) {
     g->frames += 1;
     g->totalMs += ms;
     if (ms > g->slowestMs) g->slowestMs = ms;
+    for (int32_t p = 0; p < framePassCount; ++p) {
+      g->passMs[p] += frameprofile::passMilliseconds(FramePass(p));
+      g->passCpuMs[p] += frameprofile::passCpuMilliseconds(FramePass(p));
+    }
+    g->counts.drawCalls += counts.drawCalls;
+    g->counts.triangles += counts.triangles;
+    g->counts.pixelsCopied += counts.pixelsCopied;
   }
 }
 
@@ -61,8 +77,23 @@ void Benchmark::report(Demo&) const {
     printf("benchmark: %s frames %u mean-fps %.2f slowest-frame-ms %.1f\n", label.c_str(), f.frames, fps,
            f.slowestMs);
   };
-  for (const std::string& name : order) line("scene " + name, perScene.at(name));
+  auto details = [](const std::string& label, const Figures& f) {
+    const double n = f.frames > 0 ? double(f.frames) : 1.0;
+    printf("benchmark: %s pass-ms", label.c_str());
+    for (int32_t p = 0; p < framePassCount; ++p) printf(" %s %.2f", framePassName(FramePass(p)), f.passMs[p] / n);
+    printf("\n");
+    printf("benchmark: %s pass-cpu-ms", label.c_str());
+    for (int32_t p = 0; p < framePassCount; ++p) printf(" %s %.2f", framePassName(FramePass(p)), f.passCpuMs[p] / n);
+    printf("\n");
+    printf("benchmark: %s per-frame draw-calls %.0f triangles %.0f pixels-copied %.0f\n", label.c_str(),
+           double(f.counts.drawCalls) / n, double(f.counts.triangles) / n, double(f.counts.pixelsCopied) / n);
+  };
+  for (const std::string& name : order) {
+    line("scene " + name, perScene.at(name));
+    details("scene " + name, perScene.at(name));
+  }
   line("all", all);
+  details("all", all);
   rusage usage{};
   getrusage(RUSAGE_SELF, &usage);
   printf("benchmark: peak-memory-mib %.1f\n", usage.ru_maxrss / 1024.0);

@@ -267,6 +267,33 @@ static void composeLayers(Demo& demo, int32_t t, const std::vector<int32_t>& lay
   checkGLErrors("frame composition");
 }
 
+// One scene, nothing else scheduled and no effect running, laid by alpha:
+// its layer, drawn over black without blending, would give the back buffer
+// its own colours again (only the alpha would turn opaque, and the present
+// draws the picture opaque anyway). Such a frame needs neither the layer copy
+// nor the composition.
+static bool aloneOnScreen(Demo& demo, const std::vector<Scene*>& visible,
+                          const std::vector<ScheduledEffect*>& effectsNow, int32_t t) {
+  if (visible.size() != 1 || !effectsNow.empty()) return false;
+  if (demo.activeScheduled(t).size() != 1) return false;
+  const int32_t mode = visible.front()->blendMode;
+  return mode == 0 || mode == slotBlendAlpha;
+}
+
+// The lone scene straight into the back buffer, as its layer is drawn.
+static void renderAlone(RenderTarget& targets, Scene& scene, int32_t t, int32_t step) {
+  targets.lowResolution = 0;
+  glDepthMask(GL_TRUE);
+  glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
+  clearSurface(true);
+  scene.render(t, step);
+  targets.lowResolution = 0;
+  targets.lowResolutionQuad = 0;
+  glDisable(GL_DEPTH_TEST);
+  glDisable(GL_BLEND);
+  checkGLErrors("frame layers");
+}
+
 // The picture of time t in the back buffer: layers, effects, composition.
 static void renderPicture(Demo& demo, int32_t t) {
   RenderTarget& targets = *demo.renderTargets;
@@ -285,6 +312,10 @@ static void renderPicture(Demo& demo, int32_t t) {
 
   if (useFramebufferObjects && consumed.empty()) {
     renderScenesDirectly(visible, t, demo.timeStep);
+    return;
+  }
+  if (aloneOnScreen(demo, visible, effectsNow, t)) {
+    renderAlone(targets, *visible.front(), t, demo.timeStep);
     return;
   }
   renderLayers(targets, visible, t, demo.timeStep);

@@ -16,6 +16,7 @@
 #include "core/Benchmark.h"
 #include "core/CommandLine.h"
 #include "core/FrameCapture.h"
+#include "core/GLCallCounting.h"
 #include "core/Globals.h"
 #include "core/Grain.h"
 #include "core/LoadingScene.h"
@@ -180,6 +181,10 @@ int ostravineMain(int argc, char** argv) {
   demo.letterbox = letterbox;
   demo.wideDisplay = wideDisplay;
   outputFont = demo.currentFont();
+  if (player.benchmark) {
+    installDrawCounting();
+    benchmark.displayReady(screenWidth, screenHeight);
+  }
 
   // Start-up 4: not started yet, so this only clears the seek flag.
   demo.frame();
@@ -191,6 +196,9 @@ int ostravineMain(int argc, char** argv) {
 
   // Start-up 6: everything loads here.
   demo.init();
+  // The benchmark's empty frame: nothing scheduled, only composition,
+  // present, grain and swap.
+  if (player.benchmark && getenv("OSTRAVINE_BENCHMARK_EMPTY")) demo.schedules.clear();
 
   // Start-up 7.
   FrameRateCounter frameRate;
@@ -269,8 +277,11 @@ int ostravineMain(int argc, char** argv) {
     demoStepSeconds = demoStepMs / 1000.0f;
 
     // 5: the grain of this position.
-    fillFrameGrain(demo.noisePixels, demoTimeMs);
-    demo.textures->updateTexture(demo.noisePixels, "dynamicNoise");
+    {
+      FramePassScope pass(FramePass::grain);
+      fillFrameGrain(demo.noisePixels, demoTimeMs);
+      demo.textures->updateTexture(demo.noisePixels, "dynamicNoise");
+    }
 
     // 6: flow charts drive the parameters.
     evaluateFlowCharts();
@@ -283,7 +294,10 @@ int ostravineMain(int argc, char** argv) {
     demo.mouseY = my;
 
     // 8: the frame.
-    demo.frame();
+    {
+      FramePassScope pass(FramePass::composition);
+      demo.frame();
+    }
 
     if (player.trace) {
       printf("trace: position %d offset %d picture %d step %d paused %d\n", demoTimeMs, demo.timeOffset,
@@ -294,7 +308,10 @@ int ostravineMain(int argc, char** argv) {
     }
 
     // 9: grain over the picture, inside the viewport the frame left.
-    drawGrainOverlay(*demo.textures, screenWidth, screenHeight);
+    {
+      FramePassScope pass(FramePass::grain);
+      drawGrainOverlay(*demo.textures, screenWidth, screenHeight);
+    }
 
     // 10: a fast paused production is slowed down.
     if (pausedFrameShouldWait(demo.isPaused(), framesPerSecond) && fixedClock.fps == 0) SDL_Delay(10);
@@ -364,7 +381,10 @@ int ostravineMain(int argc, char** argv) {
     }
 
     // 16: show it.
-    SDL_GL_SwapBuffers();
+    {
+      FramePassScope pass(FramePass::swap);
+      SDL_GL_SwapBuffers();
+    }
     benchmark.frameEnds(demo);
 
     // 17: key flags for an active editor.

@@ -3,18 +3,23 @@
 
 namespace {
 
-// One quad centred on the current origin, in the order the texture expects:
-// (0,0) lower left, (0,1) upper left, (1,1) upper right, (1,0) lower right.
+// The corners of one quad centred on (cx, cy) of the current origin, in the
+// order the texture expects: (0,0) lower left, (0,1) upper left, (1,1) upper
+// right, (1,0) lower right. Inside glBegin(GL_QUADS).
+void quadCorners(float cx, float cy, float x, float y) {
+  glTexCoord2f(0.0f, 0.0f);
+  glVertex3f(cx - x, cy - y, 0.0f);
+  glTexCoord2f(0.0f, 1.0f);
+  glVertex3f(cx - x, cy + y, 0.0f);
+  glTexCoord2f(1.0f, 1.0f);
+  glVertex3f(cx + x, cy + y, 0.0f);
+  glTexCoord2f(1.0f, 0.0f);
+  glVertex3f(cx + x, cy - y, 0.0f);
+}
+
 void drawQuad(float x, float y) {
   glBegin(GL_QUADS);
-  glTexCoord2f(0.0f, 0.0f);
-  glVertex3f(-x, -y, 0.0f);
-  glTexCoord2f(0.0f, 1.0f);
-  glVertex3f(-x, y, 0.0f);
-  glTexCoord2f(1.0f, 1.0f);
-  glVertex3f(x, y, 0.0f);
-  glTexCoord2f(1.0f, 0.0f);
-  glVertex3f(x, -y, 0.0f);
+  quadCorners(0.0f, 0.0f, x, y);
   glEnd();
 }
 
@@ -88,14 +93,14 @@ void Billboard::draw(Billboard& first, bool depthWrite) {
 
   if (tiled) {
     glColor4f(colour.x, colour.y, colour.z, alpha * 0.75f);
+    // The nine tiles in one draw, row by row from the lower left: each
+    // tile's offset goes into its corners rather than into a matrix of its
+    // own, which would cost the renderer a draw per tile.
+    glBegin(GL_QUADS);
     for (int j = -1; j <= 1; ++j) {
-      for (int i = -1; i <= 1; ++i) {
-        glPushMatrix();
-        glTranslatef(i * 0.5f * tileSpacing, j * 0.5f * tileSpacing, 0.0f);
-        drawQuad(halfSize.x, halfSize.y);
-        glPopMatrix();
-      }
+      for (int i = -1; i <= 1; ++i) quadCorners(i * 0.5f * tileSpacing, j * 0.5f * tileSpacing, halfSize.x, halfSize.y);
     }
+    glEnd();
   } else {
     glColor4f(colour.x, colour.y, colour.z, alpha);
     drawQuad(halfSize.x, halfSize.y);

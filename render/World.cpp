@@ -9,6 +9,7 @@
 #include "foundation/Camera.h"
 #include "foundation/Capabilities.h"
 #include "geometry/A3dFile.h"
+#include "render/FrameProfile.h"
 #include "render/GLErrors.h"
 #include "render/RenderTarget.h"
 
@@ -369,6 +370,7 @@ void World::litPass(bool blended) {
 }
 
 void World::shadowMapPass() {
+  FramePassScope pass(FramePass::shadowMap);
   glEnable(GL_CULL_FACE);
   glEnable(GL_DEPTH_TEST);
   glDepthFunc(GL_LESS);

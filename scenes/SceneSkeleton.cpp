@@ -11,6 +11,7 @@
 #include "foundation/Random.h"
 #include "geometry/Mesh.h"
 #include "render/Billboard.h"
+#include "render/FrameProfile.h"
 #include "render/Light.h"
 #include "render/RenderTarget.h"
 #include "texture/TextureStore.h"
@@ -430,16 +431,33 @@ void SceneSkeleton::render(int32_t timeMs, int32_t stepMs) {
   const float sceneSeconds = static_cast<float>(sceneTimeMs) / 1000.0f;
   const float demoSeconds = static_cast<float>(timeMs) / 1000.0f;
 
-  animate(sceneSeconds, demoSeconds, stepMs);
-
-  renderGlowSource(sceneSeconds, demoSeconds);
-  renderGlowBlur();
+  {
+    FramePassScope pass(FramePass::animation);
+    animate(sceneSeconds, demoSeconds, stepMs);
+  }
+  {
+    FramePassScope pass(FramePass::glowSource);
+    renderGlowSource(sceneSeconds, demoSeconds);
+  }
+  {
+    FramePassScope pass(FramePass::glowPasses);
+    renderGlowBlur();
+  }
   camera->release();
   demo->renderTargets->lowResolution = 0;
 
-  renderFinalPicture();
-  drawGlow();
-  drawOverlay(sceneSeconds, demoSeconds, stepMs);
+  {
+    FramePassScope pass(FramePass::finalPicture);
+    renderFinalPicture();
+  }
+  {
+    FramePassScope pass(FramePass::glowPasses);
+    drawGlow();
+  }
+  {
+    FramePassScope pass(FramePass::overlays);
+    drawOverlay(sceneSeconds, demoSeconds, stepMs);
+  }
 
   camera->release();
   demo->renderTargets->lowResolution = 0;

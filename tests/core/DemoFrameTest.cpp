@@ -184,3 +184,66 @@ TEST(DemoFrame, UnknownEffectTakesASlotAndDrawsNothing) {
   EXPECT_EQ(at(p, 320, 160, 120)[0], 0);
   EXPECT_EQ(s->calls, 1);
 }
+
+namespace {
+
+// Fills slot 0's full-size texture with a marker colour and reads its
+// lower-left texel back later.
+void markLayerSlot(WindowDemo& d) {
+  std::vector<uint8_t> marker(size_t(d.targetWidth) * d.targetHeight * 4, 77);
+  glBindTexture(GL_TEXTURE_2D, d.renderTargets->textureHigh[0]);
+  glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, d.targetWidth, d.targetHeight, GL_RGBA, GL_UNSIGNED_BYTE, marker.data());
+}
+
+uint8_t layerSlotRed(WindowDemo& d) {
+  std::vector<uint8_t> slot(size_t(d.targetWidth) * d.targetHeight * 4, 0);
+  glBindTexture(GL_TEXTURE_2D, d.renderTargets->textureHigh[0]);
+  glGetTexImage(GL_TEXTURE_2D, 0, GL_RGBA, GL_UNSIGNED_BYTE, slot.data());
+  return slot[(size_t(100) * d.targetWidth + 100) * 4 + 0];
+}
+
+}  // namespace
+
+TEST(DemoFrame, ALoneSceneGoesStraightToThePresentWithoutItsLayerCopy) {
+  REQUIRE_DISPLAY();
+  ColourScene* red = new ColourScene("red", 1, 0, 0);
+  std::unique_ptr<WindowDemo> demo = startedDemo(red, 100000);
+  WindowDemo& d = *demo;
+  markLayerSlot(d);
+  setFixedTicks(1500);
+  d.frame();
+  EXPECT_EQ(layerSlotRed(d), 77) << "the lone scene's layer slot was filled";
+  std::vector<uint8_t> p = readWindow(320, 240);
+  EXPECT_EQ(at(p, 320, 160, 120)[0], 255);
+  EXPECT_EQ(at(p, 320, 160, 120)[3], 255);
+  EXPECT_EQ(at(p, 320, 160, 10)[0], 0);
+}
+
+TEST(DemoFrame, TwoScenesAtOnceStillGoThroughTheirLayers) {
+  REQUIRE_DISPLAY();
+  ColourScene* red = new ColourScene("red", 1, 0, 0);
+  std::unique_ptr<WindowDemo> demo = startedDemo(red, 100000);
+  WindowDemo& d = *demo;
+  d.addScene(new ColourScene("green", 0, 1, 0));
+  d.schedule(1, 0, 100000);
+  markLayerSlot(d);
+  setFixedTicks(1500);
+  d.frame();
+  EXPECT_EQ(layerSlotRed(d), 255) << "slot 0 holds the first scene's layer";
+  // The second scene, laid by its alpha of 1, covers the first.
+  std::vector<uint8_t> p = readWindow(320, 240);
+  EXPECT_EQ(at(p, 320, 160, 120)[0], 0);
+  EXPECT_EQ(at(p, 320, 160, 120)[1], 255);
+}
+
+TEST(DemoFrame, ALoneSceneWithItsOwnBlendModeIsStillComposed) {
+  REQUIRE_DISPLAY();
+  ColourScene* grey = new ColourScene("grey", 0.5f, 0.5f, 0.5f);
+  grey->blendMode = slotBlendSquares;  // src^2 + dst^2 over black: a darker grey
+  std::unique_ptr<WindowDemo> demo = startedDemo(grey, 100000);
+  WindowDemo& d = *demo;
+  setFixedTicks(1500);
+  d.frame();
+  std::vector<uint8_t> p = readWindow(320, 240);
+  EXPECT_NEAR(at(p, 320, 160, 120)[0], 64, 2);
+}
