@@ -76,15 +76,15 @@ class PackedUnpackState {
 // Mipmap chains through GLU
 // ---------------------------------------------------------------------------
 // gluBuild2DMipmaps first scales an image whose sides are not powers of two
-// (or that is larger than GL takes) to the nearest power of two below. Its
-// scaling filter reads, at weight 0, the row below the last row and the
-// pixel after the last pixel of a row, so it reads up to one row and one
-// pixel past the end of the image. Mostly that lands in other memory of the
-// process and changes nothing; when the image happens to end at the end of
-// mapped memory it is a crash (an 8x6 image scaled to 8x4 reads its
-// seventh row). GLU is therefore given a copy with that much zeroed slack
-// behind it; the slack carries weight 0, so the levels are what they would
-// be without it.
+// (or that is larger than GL takes) to powers of two near them (6 becomes
+// 8, 5 becomes 4). Its scaling filter reads, at weight 0, the row below the
+// last row and the pixel after the last pixel of a row, so it reads up to
+// one row and one pixel past the end of the image. Mostly that lands in
+// other memory of the process and changes nothing; when the image happens
+// to end at the end of mapped memory it is a crash (an 8x6 image does it,
+// as do 1x3, 2x5 and about one size in six). GLU is therefore given a copy
+// with that much zeroed slack behind it; the slack carries weight 0, so the
+// levels are what they would be without it.
 
 int buildMipmapChain(const uint8_t* pixels, int32_t width, int32_t height) {
   if (width <= 0 || height <= 0) return GLU_INVALID_VALUE;
