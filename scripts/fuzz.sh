@@ -6,7 +6,12 @@
 #   bash scripts/fuzz.sh                      # a long campaign: an hour a target
 #   FUZZ_SECONDS=20 bash scripts/fuzz.sh      # the short run of CI
 #   FUZZ_JOBS=4 bash scripts/fuzz.sh a3d      # one target, four processes
+#   FUZZ_CPU_SECONDS=3600 bash scripts/fuzz.sh script  # stop at a CPU hour
 #
+# FUZZ_CPU_SECONDS bounds each target's run by the CPU time of all its
+# processes as well (the wall time of FUZZ_SECONDS still applies; on a busy
+# machine the CPU bound is the one that gives comparable figures). A run
+# stopped at that bound counts as a good end.
 # The growing corpus is kept in build-fuzz/corpus/<target>/ (runs go on where
 # the last stopped); inputs that crash are written to
 # build-fuzz/crashes/<target>/ and make the script fail. Each target ends
@@ -18,8 +23,9 @@ cd "$(dirname "$0")/.."
 [ "${SKIP_DEPS:-0}" = 1 ] || bash scripts/install-deps.sh
 seconds=${FUZZ_SECONDS:-3600}
 jobs=${FUZZ_JOBS:-1}
+cpu_limit=${FUZZ_CPU_SECONDS:-0}
 targets=("$@")
-[ ${#targets[@]} -eq 0 ] && targets=(a3d ac3d png)
+[ ${#targets[@]} -eq 0 ] && targets=(script a3d ac3d png)
 build=build-fuzz
 
 cmake -S . -B $build -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
@@ -46,11 +52,30 @@ for t in "${targets[@]}"; do
   [ "$jobs" -gt 1 ] && parallel=(-jobs="$jobs" -workers="$jobs")
   before=$(ls "$crashes" | wc -l)
   # -close_fd_mask=1: the readers' messages on stdout would drown the log.
+  # The run has a session of its own, so that the CPU time of all its
+  # processes (workers, Xvfb) can be summed.
   set +e
-  env $options UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 "${run[@]}" $build/fuzz/fuzz_$t \
+  setsid env $options UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 "${run[@]}" $build/fuzz/fuzz_$t \
     -max_total_time="$seconds" "${parallel[@]}" -close_fd_mask=1 -print_final_stats=1 \
-    -artifact_prefix="$crashes/" "$corpus" >"$log" 2>&1
+    -artifact_prefix="$crashes/" "$corpus" >"$log" 2>&1 &
+  session=$!
+  stopped=0
+  if [ "$cpu_limit" -gt 0 ]; then
+    # At the bound every fuzzer of the run gets SIGTERM: it prints its final
+    # figures and exits with 72.
+    while ps -o stat= -p $session | grep -qv Z; do
+      sleep 2
+      used=$(ps -o times= -s $session | awk '{s += $1} END {print s + 0}')
+      if [ "$used" -ge "$cpu_limit" ]; then
+        kill -TERM $(ps -o pid=,comm= -s $session | awk -v c="fuzz_$t" '$2 == c {print $1}') 2>/dev/null
+        stopped=1
+        break
+      fi
+    done
+  fi
+  wait $session
   status=$?
+  [ $stopped = 1 ] && [ $status = 72 ] && status=0
   set -e
   # With -jobs the workers write fuzz-N.log beside the script; gather them.
   for f in fuzz-[0-9]*.log; do [ -e "$f" ] && cat "$f" >>"$log" && rm -f "$f"; done
@@ -59,7 +84,9 @@ for t in "${targets[@]}"; do
   last=$(grep -E '^#[0-9]+' "$log" | tail -1)
   cov=$(echo "$last" | sed -n 's/.*cov: \([0-9]*\).*/\1/p')
   ft=$(echo "$last" | sed -n 's/.*ft: \([0-9]*\).*/\1/p')
-  echo "fuzz $t: ${seconds}s x $jobs, $runs executions, cov ${cov:-?}, ft ${ft:-?}," \
+  bound="${seconds}s x $jobs"
+  [ $stopped = 1 ] && bound="${cpu_limit} CPU s"
+  echo "fuzz $t: $bound, $runs executions, cov ${cov:-?}, ft ${ft:-?}," \
        "corpus $(ls "$corpus" | wc -l), new crashes $found (exit $status; log $log)"
   if [ "$found" -gt 0 ] || { [ $status -ne 0 ] && [ "$jobs" = 1 ]; }; then
     failed=1

@@ -33,7 +33,69 @@ struct ColourArguments {
 // Old-style component count used as the internal format of loaded images.
 constexpr GLint loadedInternalFormat = 4;
 
+// The unpack state for the store's images (RGBA, rows packed, read from
+// client memory), set for one upload and restored after it. Whatever a pass
+// or a caller left set (a row length, skipped rows, a bound unpack buffer)
+// would otherwise make GL, and GLU's own reading of the same state, take the
+// pixels with another stride, or from another place, and run past them.
+class PackedUnpackState {
+ public:
+  PackedUnpackState() {
+    for (size_t i = 0; i < stateCount; ++i) glGetIntegerv(names[i], &saved[i]);
+    glPixelStorei(GL_UNPACK_ALIGNMENT, 4);  // the GL default; packed RGBA rows are multiples of 4
+    for (size_t i = 1; i < stateCount; ++i) glPixelStorei(names[i], 0);
+    if (hasUnpackBuffers()) {
+      glGetIntegerv(GL_PIXEL_UNPACK_BUFFER_BINDING, &savedBuffer);
+      if (savedBuffer != 0) glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);
+    }
+  }
+  ~PackedUnpackState() {
+    for (size_t i = 0; i < stateCount; ++i) glPixelStorei(names[i], saved[i]);
+    if (savedBuffer != 0) glBindBuffer(GL_PIXEL_UNPACK_BUFFER, GLuint(savedBuffer));
+  }
+  PackedUnpackState(const PackedUnpackState&) = delete;
+  PackedUnpackState& operator=(const PackedUnpackState&) = delete;
+
+ private:
+  static bool hasUnpackBuffers() {
+    return (GLEW_VERSION_2_1 || GLEW_ARB_pixel_buffer_object) && glBindBuffer != nullptr;
+  }
+
+  static constexpr size_t stateCount = 8;
+  // The alignment first: every other entry is set to 0 for the upload.
+  static constexpr GLenum names[stateCount] = {
+      GL_UNPACK_ALIGNMENT,  GL_UNPACK_ROW_LENGTH,   GL_UNPACK_SKIP_ROWS,   GL_UNPACK_SKIP_PIXELS,
+      GL_UNPACK_SWAP_BYTES, GL_UNPACK_LSB_FIRST,    GL_UNPACK_IMAGE_HEIGHT, GL_UNPACK_SKIP_IMAGES};
+  GLint saved[stateCount] = {4, 0, 0, 0, 0, 0, 0, 0};
+  GLint savedBuffer = 0;
+};
+
 }  // namespace
+
+// ---------------------------------------------------------------------------
+// Mipmap chains through GLU
+// ---------------------------------------------------------------------------
+// gluBuild2DMipmaps first scales an image whose sides are not powers of two
+// (or that is larger than GL takes) to powers of two near them (6 becomes
+// 8, 5 becomes 4). Its scaling filter reads, at weight 0, the row below the
+// last row and the pixel after the last pixel of a row, so it reads up to
+// one row and one pixel past the end of the image. Mostly that lands in
+// other memory of the process and changes nothing; when the image happens
+// to end at the end of mapped memory it is a crash (an 8x6 image does it,
+// as do 1x3, 2x5 and about one size in six). GLU is therefore given a copy
+// with that much zeroed slack behind it; the slack carries weight 0, so the
+// levels are what they would be without it.
+
+int buildMipmapChain(const uint8_t* pixels, int32_t width, int32_t height) {
+  if (width <= 0 || height <= 0) return GLU_INVALID_VALUE;
+  const size_t rowBytes = size_t(width) * 4;
+  const size_t imageBytes = rowBytes * size_t(height);
+  std::vector<uint8_t> withSlack(imageBytes + rowBytes + 4, 0);
+  std::memcpy(withSlack.data(), pixels, imageBytes);
+  const PackedUnpackState unpack;
+  return gluBuild2DMipmaps(GL_TEXTURE_2D, GL_RGBA, width, height, GL_RGBA, GL_UNSIGNED_BYTE,
+                           withSlack.data());
+}
 
 // ---------------------------------------------------------------------------
 // Records and look-ups
@@ -142,6 +204,7 @@ int TextureStore::loadTexture(const std::string& path, const std::string& name,
       if (code != 0) return code;
       if (i == 0) id = appendRecord(path, name, width, height, 0).id;
       glBindTexture(GL_TEXTURE_CUBE_MAP, id);
+      const PackedUnpackState unpack;
       glTexImage2D(GLenum(GL_TEXTURE_CUBE_MAP_POSITIVE_X + i), 0, loadedInternalFormat, width,
                    height, 0, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
     }
@@ -162,12 +225,13 @@ int TextureStore::loadTexture(const std::string& path, const std::string& name,
               << " texture id: " << findTextureId(name) << "\n\n\n";
   }
 
-  if (buildMipmaps)
-    gluBuild2DMipmaps(GL_TEXTURE_2D, GL_RGBA, width, height, GL_RGBA, GL_UNSIGNED_BYTE,
-                      pixels.data());
-  else
+  if (buildMipmaps) {
+    buildMipmapChain(pixels.data(), width, height);
+  } else {
+    const PackedUnpackState unpack;
     glTexImage2D(GL_TEXTURE_2D, mipLevel, loadedInternalFormat, width, height, 0, GL_RGBA,
                  GL_UNSIGNED_BYTE, pixels.data());
+  }
   return 0;
 }
 
@@ -202,6 +266,7 @@ int TextureStore::loadVolumeTexture(const std::string& directory, const std::str
 
   const GLuint id = appendRecord(stem, name, width, height, depth).id;
   glBindTexture(GL_TEXTURE_3D, id);
+  const PackedUnpackState unpack;
   glTexImage3D(GL_TEXTURE_3D, 0, loadedInternalFormat, width, height, depth, 0, GL_RGBA,
                GL_UNSIGNED_BYTE, volume.data());
   return 0;
@@ -215,6 +280,7 @@ int TextureStore::createTextureFromMemory(const uint8_t* pixels, const std::stri
                                           int32_t width, int32_t height, int32_t internalFormat) {
   const GLuint id = appendRecord(std::string(), name, width, height, 0).id;
   glBindTexture(GL_TEXTURE_2D, id);
+  const PackedUnpackState unpack;
   glTexImage2D(GL_TEXTURE_2D, 0, internalFormat, width, height, 0, GL_RGBA, GL_UNSIGNED_BYTE,
                pixels);
   return 0;
@@ -225,6 +291,7 @@ int TextureStore::createVolumeTextureFromMemory(const uint8_t* pixels, const std
                                                 int32_t internalFormat) {
   const GLuint id = appendRecord(std::string(), name, width, height, depth).id;
   glBindTexture(GL_TEXTURE_3D, id);
+  const PackedUnpackState unpack;
   glTexImage3D(GL_TEXTURE_3D, 0, internalFormat, width, height, depth, 0, GL_RGBA,
                GL_UNSIGNED_BYTE, pixels);
   return 0;
@@ -234,6 +301,7 @@ int TextureStore::updateTexture(const uint8_t* pixels, const std::string& name) 
   const TextureRecord* record = find(name);
   if (!record) return 2;
   glBindTexture(GL_TEXTURE_2D, record->id);
+  const PackedUnpackState unpack;
   glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, record->width, record->height, GL_RGBA,
                   GL_UNSIGNED_BYTE, pixels);
   return 0;

@@ -4,8 +4,10 @@
 // first match wins; names are never checked for duplicates). Sizes are pixels;
 // images are RGBA 8 bits a channel, the file's first row being texture row 0
 // (never flipped). Operations return error codes: 0 success, else 1 to 6 as
-// textureErrorText tells. Everything runs on the thread of the GL context the
-// textures belong to; the store has no locks.
+// textureErrorText tells. Every upload takes its pixels from client memory
+// as packed rows, setting the unpack state for the call and restoring it
+// after. Everything runs on the thread of the GL context the textures
+// belong to; the store has no locks.
 #pragma once
 #include <GL/glew.h>
 
@@ -34,6 +36,13 @@ struct TextureRecord {
   int32_t minFilter = GL_LINEAR;
   int32_t magFilter = GL_LINEAR;
 };
+
+// The whole mip chain of a packed RGBA image (width x height x 4 bytes, of
+// which nothing beyond is read) into the texture bound to GL_TEXTURE_2D,
+// through gluBuild2DMipmaps with GL_RGBA as internal format. The unpack state
+// is set for packed rows for the call and restored after it. Returns GLU's
+// code, 0 on success.
+int buildMipmapChain(const uint8_t* pixels, int32_t width, int32_t height);
 
 class TextureStore {
  public:

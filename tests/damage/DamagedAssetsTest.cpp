@@ -19,6 +19,7 @@
 #include <cstdio>
 #include <fstream>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -53,9 +54,13 @@ bool endsWith(const std::string& s, const std::string& tail) {
   return s.size() >= tail.size() && s.compare(s.size() - tail.size(), tail.size(), tail) == 0;
 }
 
-// Every asset file of the run folder, as "images/bill.png", sorted.
+const char* const scriptFile = "ostravine.scr";
+
+// Every asset file of the run folder, as "images/bill.png", sorted, and the
+// script, which lies in the run folder itself.
 std::vector<std::string> assetFiles() {
   std::vector<std::string> files;
+  if (access((runDir + "/" + scriptFile).c_str(), R_OK) == 0) files.push_back(scriptFile);
   for (const char* folder : assetFolders) {
     DIR* dir = opendir((runDir + "/" + folder).c_str());
     if (!dir) continue;
@@ -171,7 +176,8 @@ TEST(DamagedAssets, EachImageInTurn) {
   EXPECT_GT(n, 10u);
 }
 
-// Each model and every other file but the music in turn, in all four ways.
+// Each model and every other file but the music and the script in turn, in
+// all four ways.
 // A model that a scene loads says in a line what is wrong with it when it is
 // missing, and then also when it is cut or replaced by noise. (A model that
 // no scene loads yet prints nothing in any way.)
@@ -179,7 +185,7 @@ TEST(DamagedAssets, EachModelInTurn) {
   REQUIRE_DISPLAY();
   uint32_t n = 0, reported = 0;
   for (const std::string& file : assetFiles()) {
-    if (endsWith(file, ".png") || endsWith(file, ".mp3")) continue;
+    if (endsWith(file, ".png") || endsWith(file, ".mp3") || file == scriptFile) continue;
     bool loaded = false;
     for (Damage d : allDamages) {
       RunFolder folder = folderWith(file, d, n);
@@ -196,6 +202,76 @@ TEST(DamagedAssets, EachModelInTurn) {
     ++n;
   }
   EXPECT_GT(reported, 0u);
+}
+
+// What a --trace run shows of the flow charts: the parameters they drive,
+// and the rest of the standard output, trace lines left out.
+struct ChartTrace {
+  std::set<std::string> driven;
+  std::string otherLines;
+};
+
+ChartTrace chartTraceOf(const std::string& out) {
+  ChartTrace trace;
+  for (const std::string& line : testrun::lines(out)) {
+    char name[256] = {0};
+    if (std::sscanf(line.c_str(), "trace: parameter %255s", name) == 1)
+      trace.driven.insert(name);
+    else if (line.compare(0, 7, "trace: ") != 0)
+      trace.otherLines += line + "\n";
+  }
+  return trace;
+}
+
+// The script in each way: missing, empty, cut, noise, and its start kept
+// with the rest noise. The reader says nothing about a script: damage only
+// leaves fewer charts (none at all when the file is missing or empty), and
+// the scenes keep their own defaults for what no chart drives. The film
+// plays and ends all the same, and its log is the intact run's line for
+// line, but for the trace of the charts.
+TEST(DamagedAssets, ScriptInEachWay) {
+  REQUIRE_DISPLAY();
+  const std::string run = exe + "-nomusic --windowed --size 32x18 --fixed-fps 2 --to 2000 --trace";
+  RunFolder intactFolder{std::map<std::string, std::string>()};
+  const testrun::Result intactRun = testrun::runOnDisplay(run, intactFolder.path, 120);
+  expectSurvived(intactRun, "intact script");
+  const ChartTrace intact = chartTraceOf(intactRun.out);
+  ASSERT_GT(intact.driven.size(), 4u) << intactRun.out.substr(0, 3000);
+
+  const std::string original = readFile(runDir + "/" + scriptFile);
+  struct Case {
+    std::string what;
+    Damage damage;
+    std::string content;
+    size_t fewest, most;  // how many parameters its charts may drive
+  };
+  const size_t all = intact.driven.size();
+  const Case cases[] = {
+      {"missing", Damage::Missing, "", 0, 0},
+      {"empty", Damage::Truncated, "", 0, 0},
+      {"cut in half", Damage::Truncated, damagedContent(original, Damage::Truncated, 0), 1, all - 1},
+      {"cut after its first chart", Damage::Truncated,
+       original.substr(0, original.find('\n', original.find("in.")) + 1), 1, 1},
+      {"noise", Damage::Garbage, damagedContent(original, Damage::Garbage, 3), 0, 0},
+      {"garbled", Damage::Garbled, damagedContent(original, Damage::Garbled, 5), 1, all - 1},
+  };
+  for (const Case& c : cases) {
+    std::map<std::string, std::string> replaced;
+    std::vector<std::string> missing;
+    if (c.damage == Damage::Missing)
+      missing.push_back(scriptFile);
+    else
+      replaced[scriptFile] = c.content;
+    RunFolder folder(replaced, missing);
+    const testrun::Result r = testrun::runOnDisplay(run, folder.path, 120);
+    expectSurvived(r, "script " + c.what);
+    const ChartTrace trace = chartTraceOf(r.out);
+    EXPECT_GE(trace.driven.size(), c.fewest) << c.what;
+    EXPECT_LE(trace.driven.size(), c.most) << c.what;
+    for (const std::string& name : trace.driven) EXPECT_EQ(intact.driven.count(name), 1u) << c.what << ": " << name;
+    EXPECT_EQ(trace.otherLines, intact.otherLines) << c.what;
+    EXPECT_FALSE(has(r.err, scriptFile)) << c.what << "\n" << r.err.substr(0, 2000);
+  }
 }
 
 // The music on the real clock. Near the end: a file that does not decode is
