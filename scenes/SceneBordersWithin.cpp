@@ -11,7 +11,6 @@
 #include "geometry/Mesh.h"
 #include "render/Billboard.h"
 #include "render/Overlay.h"
-#include "scenes/CubeLattice.h"
 
 namespace {
 
@@ -65,9 +64,18 @@ SceneBordersWithin::SceneBordersWithin(Demo* demo_, const std::string& name_)
   material(glow).ambient(Vector3(1, 1, 1) * 0.05f).diffuse(Vector3(2.5f, 1.1f, 0.5f) * 1.5f).texture(0, "hopmet");
   crtSrand(234);
   std::vector<int32_t> cubes;
-  addCubeLattice(*this, LatticeSpec{5, 12, 7, Vector3(2, 5.5f, 3), 36.0f}, picture, glow, cubes, basePositions);
+  addLattice("./models/cube.a3d", LatticeShape::cubes(5, 12, 7, Vector3(2, 5.5f, 3), 36.0f), picture, glow, cubes,
+             basePositions);
   for (int32_t n = 0; n < cubeCount; ++n) objectIds[n + 1] = cubes[n];
-  applyCubeColourFamilies(*this, CubeColourFamilies{60, 1993, 0.05f, 0.01f, 0.1f, 0.05f}, picture, glow, cubes);
+  material(glow).ambient(Vector3(1, 1, 1) * 0.01f);  // every cube's; the families leave it alone
+  ColourFamilies families;
+  families.groupSize = 60;
+  families.seedBase = 1993;
+  families.glowDiffuse = 0.05f;
+  families.pictureDiffuse = 0.1f;
+  families.pictureAmbient = 0.05f;
+  families.narrowDraws = true;
+  applyColourFamilies(families, picture, glow, cubes, 0, cubeCount);
 
   // Flares at the light; the motes go on from their sequence.
   crtSrand(232);

@@ -8,7 +8,6 @@
 #include "foundation/Random.h"
 #include "geometry/Mesh.h"
 #include "render/Billboard.h"
-#include "scenes/CubeLattice.h"
 
 namespace {
 
@@ -51,7 +50,7 @@ SceneBordersWithme::SceneBordersWithme(Demo* demo_, const std::string& name_)
   noiseX = makeNoiseField(6, 100);
   noiseY = makeNoiseField(6, 101);
   noiseZ = makeNoiseField(6, 102);
-  addPlateRing(*this, 100, picture, glow);
+  addBoxRing(picture, glow, RingShape::nearRing(100));
 
   // The tunnel, 4 x 4 across and 40 deep; a colour for each slice of 16,
   // cycling through three.
@@ -60,9 +59,18 @@ SceneBordersWithme::SceneBordersWithme(Demo* demo_, const std::string& name_)
   material(glow).diffuse(Vector3(2.5f, 1.1f, 0.5f) * 1.5f).ambient(Vector3(1, 1, 1) * 0.05f).texture(0, "hopmet");
   crtSrand(234);
   std::vector<int32_t> tiles;
-  addCubeLattice(*this, LatticeSpec{4, 4, 40, Vector3(1.5f, 1.5f, 19.5f), 186.0f}, picture, glow, tiles, tileHomes);
+  addLattice("./models/cube.a3d", LatticeShape::cubes(4, 4, 40, Vector3(1.5f, 1.5f, 19.5f), 186.0f), picture, glow,
+             tiles, tileHomes);
   for (int32_t n = 0; n < tileCount; ++n) objects[n + 1] = tiles[n];
-  applyCubeColourFamilies(*this, CubeColourFamilies{16, 1990, 0.1f, 0.01f, 0.2f, 0.1f}, picture, glow, tiles);
+  material(glow).ambient(Vector3(1, 1, 1) * 0.01f);  // every tile's; the families leave it alone
+  ColourFamilies families;
+  families.groupSize = 16;
+  families.seedBase = 1990;
+  families.glowDiffuse = 0.1f;
+  families.pictureDiffuse = 0.2f;
+  families.pictureAmbient = 0.1f;
+  families.narrowDraws = true;
+  applyColourFamilies(families, picture, glow, tiles, 0, tileCount);
 
   crtSrand(232);
   FlareSpec glares;

@@ -11,7 +11,6 @@
 #include "geometry/Mesh.h"
 #include "render/Billboard.h"
 #include "render/Overlay.h"
-#include "scenes/CubeLattice.h"
 
 namespace {
 
@@ -55,7 +54,7 @@ SceneBordersWithout::SceneBordersWithout(Demo* demo_, const std::string& name_)
   noiseA = makeNoiseField(6, 100);
   noiseB = makeNoiseField(6, 101);
   noiseC = makeNoiseField(6, 102);
-  addPlateRing(*this, 70, picture, glow);
+  addBoxRing(picture, glow, RingShape::nearRing(70));
 
   // The lattice tumbles freely; one colour family for each run of 100.
   material(picture).ambient(Vector3(1, 1, 1) * 0.5f).diffuse(Vector3(1.66f, 0.64f, 0.36f) * 5.1f)
@@ -63,10 +62,18 @@ SceneBordersWithout::SceneBordersWithout(Demo* demo_, const std::string& name_)
   material(glow).ambient(Vector3(1, 1, 1) * 0.05f).diffuse(Vector3(2.5f, 1.1f, 0.5f) * 1.5f).texture(0, "hopmet");
   crtSrand(234);
   std::vector<int32_t> cubes;
-  addCubeLattice(*this, LatticeSpec{10, 10, 4, Vector3(4.5f, 4.5f, 1.5f), 186.0f}, picture, glow, cubes,
-                 basePositions);
+  addLattice("./models/cube.a3d", LatticeShape::cubes(10, 10, 4, Vector3(4.5f, 4.5f, 1.5f), 186.0f), picture, glow,
+             cubes, basePositions);
   for (int32_t n = 0; n < cubeCount; ++n) objectIds[n + 1] = cubes[n];
-  applyCubeColourFamilies(*this, CubeColourFamilies{100, 1993, 0.075f, 0.015f, 0.3f, 0.15f}, picture, glow, cubes);
+  material(glow).ambient(Vector3(1, 1, 1) * 0.015f);  // every cube's; the families leave it alone
+  ColourFamilies families;
+  families.groupSize = 100;
+  families.seedBase = 1993;
+  families.glowDiffuse = 0.075f;
+  families.pictureDiffuse = 0.3f;
+  families.pictureAmbient = 0.15f;
+  families.narrowDraws = true;
+  applyColourFamilies(families, picture, glow, cubes, 0, cubeCount);
 
   crtSrand(232);
   FlareSpec flares;

@@ -27,11 +27,13 @@
 //     noiseX = makeNoiseField(6, 100);                 // seeding draws: make them where the design says
 //     noiseY = makeNoiseField(6, 101);
 //     noiseZ = makeNoiseField(6, 102);
-//     addBoxRing(P, G);                                // RingShape for other rings (width: thinner boxes)
-//     // Lattices of tumbled models (needles, slivers, sheets) and their colours:
-//     //   addLattice("./models/cube.a3d", LatticeShape(), P, G, ids, homes);
+//     addBoxRing(P, G);                                // RingShape for other rings (width: thinner boxes,
+//                                                      // RingShape::nearRing(70): the close plates)
+//     // Lattices of tumbled models (needles, slivers, sheets, small cubes) and their colours:
+//     //   addLattice("./models/cube.a3d", LatticeShape(), P, G, ids, homes);   // LatticeShape::cubes(...)
 //     //   applyColourFamilies(families, P, G, ids, 0, count);
 //     //   per frame: placeOnSwarm(ids, 1, homes, noiseX, noiseY, noiseZ, e1, e2, T);
+//     //          or: position = noisePlace(*noiseX, *noiseY, *noiseZ, p, 6, 7, 6, 6.5f);
 //     crtSrand(234);
 //     addModelBatch("./models/cube.a3d", 450, P, G, [this](int32_t n, int32_t index, Mesh* cube) {
 //       const int r1 = crtRand();                      // draw first: the callback runs for a missing model too
@@ -65,6 +67,7 @@
 //     const float f = beatSum(S, beats, 23, 0.75f);
 //     if (f != 0.0f) drawFlash(1, 1, 1, f * f * f * f, 0.5f);   // render/Overlay.h
 //     // Titles: { OverlayScope o(options); bindTitleTexture(texture("ks"), GL_ADD); texturedQuad(1.05f); }
+//     // Layered titles: { OverlayScope o(options); TitleLayers t; ...; drawTitleLayers(t, *noiseA, *noiseC, b, g, X); }
 //   }
 //
 // Where the pieces live: scenes/SceneSkeleton.h (the helpers), render/MaterialBuilder.h,
@@ -77,22 +80,44 @@
 // expectDustDrifted, expectStage, expectColour, expectBatch, expectStandardLight,
 // expectLightOnOrbit, expectFlaresAtLight.
 #pragma once
+#include <GL/glew.h>
+
 #include <cstdint>
 
 #include "foundation/Vector3.h"
 
-// The ring of long boxes that stands behind several scenes: `count` boxes
-// around the z axis at z = 9, one batch of addBox(3, 3, picture, false, true)
-// with the glow material in slot 1. Box i (i in radians) with the draws r1,
-// r2, s1, s2, r3, in that order (r: randomUnit, s: randomSigned):
-//   position (sin(i) (r2 xSpread + xRadius), cos(i) (r1 ySpread + yRadius), 9)
-//   rotation (0, s2 50, s1 20); scale (width, width, r3 depthSpread + depthBase)
+// The ring of boxes that stands behind several scenes: `count` boxes around
+// the z axis at depth z, one batch of addBox(3, 3, picture, false, true) with
+// the glow material in slot 1. Box i (i in radians) with five draws, in this
+// order: r1, r2 = randomUnit(), s1, s2 = randomSigned(), then d, which is
+// randomUnit() or, with signedDepth, randomSigned():
+//   position (sin(i) (r2 xSpread + xRadius), cos(i) (r1 ySpread + yRadius), z)
+//   rotation (0, s2 yawSpread, s1 20); scale (width, width, d depthSpread + depthBase)
+// The defaults are the far ring of long boxes; nearRing() gives the close,
+// short ring of plates of the noise-cube scenes.
 struct RingShape {
   float xSpread = 20.0f, xRadius = 35.0f;
   float ySpread = 20.0f, yRadius = 35.0f;
   float depthSpread = 10.0f, depthBase = 15.0f;
   int32_t count = 100;
   float width = 5.0f;  // x and y scale of each box
+  float z = 9.0f;
+  float yawSpread = 50.0f;
+  bool signedDepth = false;  // the fifth draw is randomSigned(), not randomUnit()
+
+  // `count` plates at z = 4: radius 2 r + 20, yaw s 180, depth 2 s + 10.
+  static RingShape nearRing(int32_t count) {
+    RingShape ring;
+    ring.xSpread = ring.ySpread = 2.0f;
+    ring.xRadius = ring.yRadius = 20.0f;
+    ring.depthSpread = 2.0f;
+    ring.depthBase = 10.0f;
+    ring.count = count;
+    ring.z = 4.0f;
+    ring.yawSpread = 180.0f;
+    ring.signedDepth = true;
+    return ring;
+  }
 };
 
 // A tumbled lattice of models: countX x countY x countZ of one model file,
@@ -101,10 +126,11 @@ struct RingShape {
 //   home = ((x - centre.x) homeScale.x, (y - centre.y) homeScale.y, (z - centre.z) homeScale.z)
 //   position = home
 // Draws per element, in this order: r1, r2, r3 = rand(), then `wastedDraws`
-// more numbers drawn and dropped:
+// more numbers drawn and dropped, all drawn whether or not the model loaded:
 //   rotation ((r2 / 32767 - 0.5) tumbleX - 90, (r1 / 32767 - 0.5) tumbleY, 0), useMatrix true
 //   scale (width, (r3 / 32767 0.05 + 0.2) heightScale, depth)
-// The defaults are the block of tall thin needles (15 x 15 x 2).
+// The defaults are the block of tall thin needles (15 x 15 x 2); cubes()
+// gives the unit-spaced lattice of small cubes of the noise-cube scenes.
 struct LatticeShape {
   int32_t countX = 15, countY = 15, countZ = 2;
   Vector3 centre = Vector3(7, 7, 0.5f);
@@ -114,6 +140,21 @@ struct LatticeShape {
   float heightScale = 4.5f;
   int32_t wastedDraws = 0;
   int32_t count() const { return countX * countY * countZ; }
+
+  // Cubes one unit apart round `centre`, tumbled by `tumble` degrees about
+  // both axes: scale (0.25, r3 / 32767 0.05 + 0.2, 0.25).
+  static LatticeShape cubes(int32_t countX, int32_t countY, int32_t countZ, const Vector3& centre, float tumble) {
+    LatticeShape shape;
+    shape.countX = countX;
+    shape.countY = countY;
+    shape.countZ = countZ;
+    shape.centre = centre;
+    shape.homeScale = Vector3(1, 1, 1);
+    shape.tumbleX = shape.tumbleY = tumble;
+    shape.width = shape.depth = 0.25f;
+    shape.heightScale = 1.0f;
+    return shape;
+  }
 };
 
 // Warm colour families over a group of objects. For object i of the group:
@@ -125,7 +166,10 @@ struct LatticeShape {
 //   picture ambient (a 0.4 + 0.5, b 0.4 + 0.5, c 0.4 + 0.5) pictureAmbient
 //   then the four stage-offset draws (picture U, V, glow U, V) of
 //   SceneSkeleton::drawStageOffsets, and glow to slot 1, picture to slot 0.
-// Alphas and the glow ambient stay as the materials hold them.
+// Alphas and the glow ambient stay as the materials hold them. The colours
+// are worked in double and narrowed at the end; with narrowDraws a, b, c are
+// narrowed to float first and the colours worked in float, which differs in
+// the last bit (the noise-cube scenes' colours are made that way).
 struct ColourFamilies {
   int32_t groupSize = 0;
   uint32_t seedBase = 1445430;
@@ -133,6 +177,7 @@ struct ColourFamilies {
   float glowDiffuse = 1.0f;
   float pictureDiffuse = 1.0f;
   float pictureAmbient = 1.0f;
+  bool narrowDraws = false;
 };
 
 // Flares (glares): the sprites that hang round the wandering light, each a
@@ -194,4 +239,18 @@ struct DustSpec {
 struct DustDrift {
   float sampleScale = 0.1f;
   float zScale = 1.0f;
+};
+
+// A title burst into 25 noise-stretched layers (SceneSkeleton::drawTitleLayers).
+// g is the disorder: 1 spreads the layers wide, near 0 they lie on each other.
+// Seen from about a third of a unit through a 75-degree camera, only the
+// middle fifth of the picture fills the screen: title pictures carry their
+// lettering small in the centre (tools/imagegen).
+struct TitleLayers {
+  GLuint texture = 0;
+  GLenum blendDestination = GL_ONE_MINUS_SRC_ALPHA;
+  float heightSpread = 1.2f;
+  Vector3 rim = Vector3(0.66f, 0.9f, 1.5f);
+  float rimAlpha = 0.0f;
+  float coreAlpha = 0.0f;
 };

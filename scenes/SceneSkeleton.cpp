@@ -13,6 +13,7 @@
 #include "render/Billboard.h"
 #include "render/FrameProfile.h"
 #include "render/Light.h"
+#include "render/Overlay.h"
 #include "render/RenderTarget.h"
 #include "texture/TextureStore.h"
 
@@ -235,14 +236,14 @@ int32_t SceneSkeleton::addBoxRing(const Material& picture, const Material& glow,
     const double r2 = randomUnit();
     const double s1 = randomSigned();
     const double s2 = randomSigned();
-    const double r3 = randomUnit();
+    const double d = shape.signedDepth ? randomSigned() : randomUnit();
     if (!box) return;
     const double angle = static_cast<double>(i);  // radians
     box->position = Vector3(static_cast<float>(std::sin(angle) * (r2 * shape.xSpread + shape.xRadius)),
-                            static_cast<float>(std::cos(angle) * (r1 * shape.ySpread + shape.yRadius)), 9.0f);
-    box->rotation = Vector3(0.0f, static_cast<float>(s2 * 50.0), static_cast<float>(s1 * 20.0));
+                            static_cast<float>(std::cos(angle) * (r1 * shape.ySpread + shape.yRadius)), shape.z);
+    box->rotation = Vector3(0.0f, static_cast<float>(s2 * shape.yawSpread), static_cast<float>(s1 * 20.0));
     box->useMatrix = true;
-    box->scale = Vector3(shape.width, shape.width, static_cast<float>(r3 * shape.depthSpread + shape.depthBase));
+    box->scale = Vector3(shape.width, shape.width, static_cast<float>(d * shape.depthSpread + shape.depthBase));
   });
 }
 
@@ -286,15 +287,23 @@ void SceneSkeleton::applyColourFamilies(const ColourFamilies& families, Material
     const double a = randomSigned();
     const double b = randomSigned();
     const double c = randomSigned();
-    glow.diffuse = Vector3(static_cast<float>(a * 1.65 + 2.5), static_cast<float>(b * 0.85 + 1.1),
-                           static_cast<float>(c * 0.34 + 0.5)) *
-                   families.glowDiffuse;
-    picture.diffuse = Vector3(static_cast<float>(a * 1.2 + 1.66), static_cast<float>(b * 0.44 + 0.64),
-                              static_cast<float>(c * 0.23 + 0.36)) *
-                      families.pictureDiffuse;
-    picture.ambient = Vector3(static_cast<float>(a * 0.4 + 0.5), static_cast<float>(b * 0.4 + 0.5),
-                              static_cast<float>(c * 0.4 + 0.5)) *
-                      families.pictureAmbient;
+    if (families.narrowDraws) {
+      const float af = static_cast<float>(a), bf = static_cast<float>(b), cf = static_cast<float>(c);
+      glow.diffuse = Vector3(af * 1.65f + 2.5f, bf * 0.85f + 1.1f, cf * 0.34f + 0.5f) * families.glowDiffuse;
+      picture.diffuse =
+          Vector3(af * 1.2f + 1.66f, bf * 0.44f + 0.64f, cf * 0.23f + 0.36f) * families.pictureDiffuse;
+      picture.ambient = Vector3(af * 0.4f + 0.5f, bf * 0.4f + 0.5f, cf * 0.4f + 0.5f) * families.pictureAmbient;
+    } else {
+      glow.diffuse = Vector3(static_cast<float>(a * 1.65 + 2.5), static_cast<float>(b * 0.85 + 1.1),
+                             static_cast<float>(c * 0.34 + 0.5)) *
+                     families.glowDiffuse;
+      picture.diffuse = Vector3(static_cast<float>(a * 1.2 + 1.66), static_cast<float>(b * 0.44 + 0.64),
+                                static_cast<float>(c * 0.23 + 0.36)) *
+                        families.pictureDiffuse;
+      picture.ambient = Vector3(static_cast<float>(a * 0.4 + 0.5), static_cast<float>(b * 0.4 + 0.5),
+                                static_cast<float>(c * 0.4 + 0.5)) *
+                        families.pictureAmbient;
+    }
     drawStageOffsets(picture, glow, i);
     if (first + i < static_cast<int32_t>(objectIds.size())) applyLooks(objectIds[first + i], picture, glow);
   }
@@ -382,11 +391,7 @@ void SceneSkeleton::placeOnSwarm(const std::vector<int32_t>& objectIds, int32_t 
   for (size_t n = 0; n < homes.size() && first + n < objectIds.size(); ++n) {
     Mesh* element = object(objectIds[first + n]);
     if (!element) continue;
-    const Vector3 p = swarmSamplePoint(homes[n], e1, e2, T);
-    const float px = x->fractalSum(p, 6) * 12.5f;
-    const float py = y->fractalSum(p, 7) * 12.5f;
-    const float pz = z->fractalSum(p, 6) * 12.5f;
-    element->position = Vector3(px, py, pz);
+    element->position = noisePlace(*x, *y, *z, swarmSamplePoint(homes[n], e1, e2, T), 6, 7, 6, 12.5f);
   }
 }
 
@@ -507,4 +512,35 @@ void SceneSkeleton::drawGlow() {
   targets->lowResolution = 1;
   const int32_t mode = static_cast<int32_t>(glowBlurMode) == 0 ? 3 : 2;
   targets->drawSlot(targets->firstFreeSlot, mode, nullptr, true, nullptr, nullptr, 1.0f);
+}
+
+Vector3 SceneSkeleton::noisePlace(NoiseField& x, NoiseField& y, NoiseField& z, const Vector3& p, int octavesX,
+                                  int octavesY, int octavesZ, float reach) {
+  const float px = x.fractalSum(p, octavesX) * reach;
+  const float py = y.fractalSum(p, octavesY) * reach;
+  const float pz = z.fractalSum(p, octavesZ) * reach;
+  return Vector3(px, py, pz);
+}
+
+void SceneSkeleton::drawTitleLayers(const TitleLayers& title, NoiseField& a, NoiseField& c, float slide, float g,
+                                    float X) {
+  glEnable(GL_TEXTURE_2D);
+  glTranslatef(0.0f, 0.0f, slide * 0.15f - 0.1f);
+  bindTitleTexture(title.texture, GL_MODULATE);
+  linearFilters();
+  glBlendFunc(GL_SRC_ALPHA, title.blendDestination);
+  glDisable(GL_CULL_FACE);
+  glDisable(GL_DEPTH_TEST);
+  for (int i = 0; i < 25; ++i) {
+    glPushMatrix();
+    const Vector3 p1(i * 0.11f + X * 0.1f, 1.53f, 4.3f);
+    const Vector3 p2(X * 0.88f, 0.5f, i * 0.1234f + 0.5f);
+    glScalef((a.sample(p1) * 0.2f + i / 25.0f) * g * 10.5f + 1.0f, c.sample(p2) * title.heightSpread * g + 1.0f,
+             1.0f);
+    glColor4f(title.rim.x, title.rim.y, title.rim.z, title.rimAlpha);
+    texturedQuad(1.05f);
+    glColor4f(0.02f, 0.02f, 0.02f, title.coreAlpha);
+    texturedQuad(1.0f);
+    glPopMatrix();
+  }
 }

@@ -137,8 +137,8 @@ class SceneSkeleton : public Scene {
   // The same with addBox(3, 3, picture, false, true) for every object.
   int32_t addBoxBatch(int32_t count, const Material& picture, const Material& glow, const Placing& place);
   // The ring of SceneKit.h as one box batch, drawing five numbers per box
-  // (r1, r2, s1, s2, r3) from the generator as it stands. Returns the object
-  // index of the first box.
+  // (r1, r2, s1, s2, then r3 or s3) from the generator as it stands. Returns
+  // the object index of the first box.
   int32_t addBoxRing(const Material& picture, const Material& glow, const RingShape& shape = RingShape());
 
   // A NoiseField(bits, seed) that the scene owns (freed with it). Its seeding
@@ -154,7 +154,8 @@ class SceneSkeleton : public Scene {
                      const Material& glow, std::vector<int32_t>& objectIds, std::vector<Vector3>& homes);
   // The colour families of SceneKit.h over objectIds[first ..
   // first + count - 1], object i of the group being objectIds[first + i].
-  // Seven draws per object after its seeding. Changes the two materials.
+  // Seven draws per object after its seeding. Changes the two materials,
+  // which keep the last object's colours.
   void applyColourFamilies(const ColourFamilies& families, Material& picture, Material& glow,
                            const std::vector<int32_t>& objectIds, int32_t first, int32_t count);
 
@@ -183,9 +184,14 @@ class SceneSkeleton : public Scene {
   //   p = (cos(u h.x 12.2) 0.123 + T 0.034 + 10, e2 0.3 h.z 0.7 + u h.y + 10, (e1 0.01 + 0.002) h.z + 10)
   // While both envelopes are 0 the block keeps its tidy sampling.
   static Vector3 swarmSamplePoint(const Vector3& home, float e1, float e2, float T);
+  // The position that three noise fields give a sample point p:
+  //   (x.fractalSum(p, octavesX), y.fractalSum(p, octavesY), z.fractalSum(p, octavesZ)) reach
+  static Vector3 noisePlace(NoiseField& x, NoiseField& y, NoiseField& z, const Vector3& p, int octavesX,
+                            int octavesY, int octavesZ, float reach);
+
   // objectIds[first + n] for n below homes.size() placed on the swarm:
   //   p = swarmSamplePoint(homes[n], e1, e2, T)
-  //   position = (x.fractalSum(p, 6), y.fractalSum(p, 7), z.fractalSum(p, 6)) 12.5
+  //   position = noisePlace(x, y, z, p, 6, 7, 6, 12.5)
   void placeOnSwarm(const std::vector<int32_t>& objectIds, int32_t first, const std::vector<Vector3>& homes,
                     NoiseField* x, NoiseField* y, NoiseField* z, float e1, float e2, float T);
 
@@ -199,6 +205,23 @@ class SceneSkeleton : public Scene {
   // through the three fields; `time` goes to each mote's time field.
   void driftDust(uint32_t first, uint32_t count, NoiseField* x, NoiseField* y, NoiseField* z, float time,
                  int32_t stepMs, const DustDrift& drift = DustDrift());
+
+  // ---- overlay helpers (no random draws) --------------------------------------
+
+  // The layered title of SceneKit.h, drawn inside an OverlayScope
+  // (render/Overlay.h) already moved to the title's depth. In order:
+  //   enable GL_TEXTURE_2D; glTranslatef(0, 0, slide 0.15 - 0.1): the title
+  //   slides toward the viewer as slide goes 0 to 1; bind the title with
+  //   GL_MODULATE, wrap GL_CLAMP, filters GL_LINEAR; glBlendFunc(GL_SRC_ALPHA,
+  //   blendDestination); disable GL_CULL_FACE and GL_DEPTH_TEST. Then for
+  //   layer i from 0 to 24: push; p1 = (i 0.11 + X 0.1, 1.53, 4.3),
+  //   p2 = (X 0.88, 0.5, i 0.1234 + 0.5);
+  //   glScalef((a.sample(p1) 0.2 + i / 25) g 10.5 + 1, c.sample(p2) heightSpread g + 1, 1);
+  //   colour (rim, rimAlpha), textured quad at +-1.05, z = -1; colour
+  //   (0.02, 0.02, 0.02, coreAlpha), the same quad at +-1; pop.
+  // X is the title's own clock in seconds.
+  static void drawTitleLayers(const TitleLayers& title, NoiseField& a, NoiseField& c, float slide, float g,
+                              float X);
 
   // ---- fields ---------------------------------------------------------------
 

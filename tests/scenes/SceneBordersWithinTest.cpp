@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "CubeLatticeExpectations.h"
 #include "SceneExpectations.h"
 #include "foundation/Camera.h"
 #include "foundation/Envelope.h"
@@ -22,6 +21,17 @@ constexpr int plateObject = 0;
 constexpr int firstBox = 1;
 constexpr int firstCube = 61;
 constexpr int lightIndex = 481;
+
+ColourFamilies families() {
+  ColourFamilies f;
+  f.groupSize = 60;
+  f.seedBase = 1993;
+  f.glowDiffuse = 0.05f;
+  f.pictureDiffuse = 0.1f;
+  f.pictureAmbient = 0.05f;
+  f.narrowDraws = true;
+  return f;
+}
 
 SceneBordersWithin& scene() { return *scenetest::buildOnce<SceneBordersWithin>("bordersWithin").scene; }
 
@@ -80,11 +90,12 @@ TEST(SceneBordersWithin, PlateAndRingOfSixty) {
 TEST(SceneBordersWithin, LatticeFromSeed234InFamiliesOfSixty) {
   REQUIRE_GL(scenetest::width, scenetest::height);
   SceneBordersWithin& s = scene();
-  scenetest::expectLattice(s.world, firstCube, LatticeSpec{5, 12, 7, Vector3(2, 5.5f, 3), 36.0f}, s.basePositions);
+  scenetest::expectLattice(s.world, s.objectIds, 1, s.basePositions, {234, 0},
+                           LatticeShape::cubes(5, 12, 7, Vector3(2, 5.5f, 3), 36.0f), s.sceneTimeMs == 0);
   EXPECT_EQ(s.basePositions[0], Vector3(-2, -5.5f, -3));
   EXPECT_EQ(s.basePositions[419], Vector3(2, 5.5f, 3));
-  scenetest::expectColourFamilies(s.world, firstCube, CubeColourFamilies{60, 1993, 0.05f, 0.01f, 0.1f, 0.05f},
-                                  {0, 59, 60, 179, 180, 419}, "hopmet");
+  scenetest::expectColourFamilies(s.world, s.objectIds, 1, {0, 59, 60, 179, 180, 419}, families());
+  scenetest::expectUnchangedByFamilies(s.world, s.objectIds, 1, {0, 419}, 0.01f, "hopmet");
   // Three families in turn: cubes 0 and 180 share one.
   const auto glowOf = [&](int n) { return s.world.objects[firstCube + n]->materials[1].diffuse; };
   EXPECT_EQ(glowOf(0), glowOf(180));

@@ -4,7 +4,6 @@
 
 #include <cmath>
 
-#include "CubeLatticeExpectations.h"
 #include "SceneExpectations.h"
 #include "foundation/Camera.h"
 #include "foundation/NoiseField.h"
@@ -19,6 +18,17 @@ constexpr int backdropObject = 0;
 constexpr int firstPlate = 1;
 constexpr int firstTile = 101;
 constexpr int lightIndex = 741;
+
+ColourFamilies families() {
+  ColourFamilies f;
+  f.groupSize = 16;
+  f.seedBase = 1990;
+  f.glowDiffuse = 0.1f;
+  f.pictureDiffuse = 0.2f;
+  f.pictureAmbient = 0.1f;
+  f.narrowDraws = true;
+  return f;
+}
 
 SceneBordersWithme& scene() { return *scenetest::buildOnce<SceneBordersWithme>("bordersWithme").scene; }
 
@@ -79,18 +89,18 @@ TEST(SceneBordersWithme, BackdropAndPlates) {
   // depth.
   scenetest::expectColour(s.world.objects[firstPlate]->materials[0].diffuse, Vector3(0.56f, 0.74f, 1.526f) * 5.1f,
                           1.0f);
-  scenetest::expectPlateRing(s.world, firstPlate, {102, scenetest::noiseDraws(6)}, 100);
+  scenetest::expectRing(s.world, firstPlate, {102, scenetest::noiseDraws(6)}, RingShape::nearRing(100));
 }
 
 TEST(SceneBordersWithme, TunnelFourByFourFortyDeepInSlicesOfSixteen) {
   REQUIRE_GL(scenetest::width, scenetest::height);
   SceneBordersWithme& s = scene();
-  scenetest::expectLattice(s.world, firstTile, LatticeSpec{4, 4, 40, Vector3(1.5f, 1.5f, 19.5f), 186.0f},
-                           s.tileHomes);
+  scenetest::expectLattice(s.world, s.objects, 1, s.tileHomes, {234, 0},
+                           LatticeShape::cubes(4, 4, 40, Vector3(1.5f, 1.5f, 19.5f), 186.0f), s.sceneTimeMs == 0);
   EXPECT_EQ(s.tileHomes[0], Vector3(-1.5f, -1.5f, -19.5f));
   EXPECT_EQ(s.tileHomes[639], Vector3(1.5f, 1.5f, 19.5f));
-  scenetest::expectColourFamilies(s.world, firstTile, CubeColourFamilies{16, 1990, 0.1f, 0.01f, 0.2f, 0.1f},
-                                  {0, 15, 16, 47, 48, 639}, "hopmet");
+  scenetest::expectColourFamilies(s.world, s.objects, 1, {0, 15, 16, 47, 48, 639}, families());
+  scenetest::expectUnchangedByFamilies(s.world, s.objects, 1, {0, 639}, 0.01f, "hopmet");
   const auto glowOf = [&](int i) { return s.world.objects[firstTile + i]->materials[1].diffuse; };
   EXPECT_EQ(glowOf(0), glowOf(15));
   EXPECT_NE(glowOf(0), glowOf(16));

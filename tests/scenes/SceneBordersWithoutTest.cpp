@@ -5,7 +5,6 @@
 
 #include <cmath>
 
-#include "CubeLatticeExpectations.h"
 #include "SceneExpectations.h"
 #include "foundation/Camera.h"
 #include "foundation/Envelope.h"
@@ -20,6 +19,17 @@ constexpr int plateObject = 0;
 constexpr int firstPlate = 1;
 constexpr int firstCube = 71;
 constexpr int lightIndex = 471;
+
+ColourFamilies families() {
+  ColourFamilies f;
+  f.groupSize = 100;
+  f.seedBase = 1993;
+  f.glowDiffuse = 0.075f;
+  f.pictureDiffuse = 0.3f;
+  f.pictureAmbient = 0.15f;
+  f.narrowDraws = true;
+  return f;
+}
 
 SceneBordersWithout& scene() { return *scenetest::buildOnce<SceneBordersWithout>("bordersWithout").scene; }
 
@@ -62,16 +72,16 @@ TEST(SceneBordersWithout, SquarePlateAndACloserShorterRing) {
   scenetest::expectColour(plate.materials[0].ambient, Vector3(0.4f, 0.74f, 1.82f) * 0.75f, 1.0f);
   scenetest::expectColour(plate.materials[1].diffuse, Vector3(1.15f, 0.66f, 0.3f) * 1.5f, 1.0f);
   scenetest::expectStage(plate.materials[0], 0, stageModulate, "planartexture");
-  scenetest::expectPlateRing(s.world, firstPlate, {102, scenetest::noiseDraws(6)}, 70);
+  scenetest::expectRing(s.world, firstPlate, {102, scenetest::noiseDraws(6)}, RingShape::nearRing(70));
 }
 
 TEST(SceneBordersWithout, LatticeTumblesFreelyInFamiliesOfAHundred) {
   REQUIRE_GL(scenetest::width, scenetest::height);
   SceneBordersWithout& s = scene();
-  scenetest::expectLattice(s.world, firstCube, LatticeSpec{10, 10, 4, Vector3(4.5f, 4.5f, 1.5f), 186.0f},
-                           s.basePositions);
-  scenetest::expectColourFamilies(s.world, firstCube, CubeColourFamilies{100, 1993, 0.075f, 0.015f, 0.3f, 0.15f},
-                                  {0, 99, 100, 299, 399}, "hopmet");
+  scenetest::expectLattice(s.world, s.objectIds, 1, s.basePositions, {234, 0},
+                           LatticeShape::cubes(10, 10, 4, Vector3(4.5f, 4.5f, 1.5f), 186.0f), s.sceneTimeMs == 0);
+  scenetest::expectColourFamilies(s.world, s.objectIds, 1, {0, 99, 100, 299, 399}, families());
+  scenetest::expectUnchangedByFamilies(s.world, s.objectIds, 1, {0, 399}, 0.015f, "hopmet");
 }
 
 TEST(SceneBordersWithout, FlaresAndWineRedMotes) {

@@ -117,16 +117,17 @@ inline void expectRing(const World& world, int first, const DrawsFrom& from, con
     const double s1 = (crtRand() / 32767.0 - 0.5) * 2;
     const double s2 = (crtRand() / 32767.0 - 0.5) * 2;
     const double r3 = crtRand() / 32767.0;
+    const double d = shape.signedDepth ? (r3 - 0.5) * 2 : r3;
     const Mesh& box = *world.objects[first + i];
     EXPECT_NEAR(box.position.x, std::sin(i) * (r2 * shape.xSpread + shape.xRadius), 1e-4) << "box " << i;
     EXPECT_NEAR(box.position.y, std::cos(i) * (r1 * shape.ySpread + shape.yRadius), 1e-4) << "box " << i;
-    EXPECT_EQ(box.position.z, 9.0f);
+    EXPECT_EQ(box.position.z, shape.z);
     EXPECT_EQ(box.rotation.x, 0.0f);
-    EXPECT_NEAR(box.rotation.y, s2 * 50, 1e-4) << "box " << i;
+    EXPECT_NEAR(box.rotation.y, s2 * shape.yawSpread, 1e-3) << "box " << i;
     EXPECT_NEAR(box.rotation.z, s1 * 20, 1e-4) << "box " << i;
     EXPECT_EQ(box.scale.x, shape.width);
     EXPECT_EQ(box.scale.y, shape.width);
-    EXPECT_NEAR(box.scale.z, r3 * shape.depthSpread + shape.depthBase, 1e-4) << "box " << i;
+    EXPECT_NEAR(box.scale.z, d * shape.depthSpread + shape.depthBase, 1e-4) << "box " << i;
     EXPECT_TRUE(box.useMatrix);
     EXPECT_GT(box.faceCount, 0);
     if (glowTexture) {
@@ -137,8 +138,8 @@ inline void expectRing(const World& world, int first, const DrawsFrom& from, con
 }
 
 // The lattice (see LatticeShape): element n is object objectIds[first + n]
-// with home homes[n], its draws starting at `from`. Positions and rotations
-// are checked only while `unmoved`.
+// with home homes[n], its draws starting at `from`. Positions are checked
+// only while `unmoved`: frames move the elements but never turn or scale them.
 inline void expectLattice(const World& world, const std::vector<int32_t>& objectIds, int first,
                           const std::vector<Vector3>& homes, const DrawsFrom& from, const LatticeShape& shape,
                           bool unmoved = true) {
@@ -158,10 +159,10 @@ inline void expectLattice(const World& world, const std::vector<int32_t>& object
         const Mesh& m = *world.objects[objectIds[first + n]];
         if (unmoved) {
           EXPECT_EQ(m.position, home) << "element " << n;
-          EXPECT_NEAR(m.rotation.x, (r2 / 32767.0 - 0.5) * shape.tumbleX - 90, 1e-3) << "element " << n;
-          EXPECT_NEAR(m.rotation.y, (r1 / 32767.0 - 0.5) * shape.tumbleY, 1e-3) << "element " << n;
-          EXPECT_EQ(m.rotation.z, 0.0f);
         }
+        EXPECT_NEAR(m.rotation.x, (r2 / 32767.0 - 0.5) * shape.tumbleX - 90, 1e-3) << "element " << n;
+        EXPECT_NEAR(m.rotation.y, (r1 / 32767.0 - 0.5) * shape.tumbleY, 1e-3) << "element " << n;
+        EXPECT_EQ(m.rotation.z, 0.0f);
         EXPECT_FLOAT_EQ(m.scale.x, shape.width) << "element " << n;
         EXPECT_NEAR(m.scale.y, (r3 / 32767.0 * 0.05 + 0.2) * shape.heightScale, 1e-6) << "element " << n;
         EXPECT_FLOAT_EQ(m.scale.z, shape.depth) << "element " << n;
@@ -196,6 +197,21 @@ inline void expectColourFamilies(const World& world, const std::vector<int32_t>&
     EXPECT_NEAR(g.stageOffsetU[0], gu + i * 0.232141, 1e-4) << "object " << i;
     EXPECT_NEAR(g.stageOffsetV[0], gv + i * 0.1232141, 1e-4) << "object " << i;
     EXPECT_EQ(m.currentMaterial, 0);
+  }
+}
+
+// What the colour families leave as the materials held it, on
+// objectIds[first + i] for the objects `which`: the glow ambient
+// (1, 1, 1) glowAmbient and the stage 0 texture of both looks by name.
+inline void expectUnchangedByFamilies(const World& world, const std::vector<int32_t>& objectIds, int first,
+                                      std::initializer_list<int> which, float glowAmbient, const char* texture) {
+  for (int i : which) {
+    const Mesh& m = *world.objects[objectIds[first + i]];
+    EXPECT_FLOAT_EQ(m.materials[1].ambient.x, glowAmbient) << "object " << i;
+    EXPECT_FLOAT_EQ(m.materials[1].ambient.y, glowAmbient) << "object " << i;
+    EXPECT_FLOAT_EQ(m.materials[1].ambient.z, glowAmbient) << "object " << i;
+    EXPECT_EQ(m.materials[0].stageTexture[0], textureId(texture)) << "object " << i;
+    EXPECT_EQ(m.materials[1].stageTexture[0], textureId(texture)) << "object " << i;
   }
 }
 
