@@ -71,7 +71,7 @@ void RenderTarget::multiplySlot(int32_t slot) {
   glDisable(GL_DEPTH_TEST);
   glEnable(GL_BLEND);
   glBlendFunc(GL_ZERO, GL_SRC_COLOR);  // destination x image
-  glBindTexture(GL_TEXTURE_2D, nameAt(textureHigh, slot));
+  bindSlotTexture(nameAt(textureHigh, slot));
   glColor4f(0, 0, 0, 1);
   pixelQuad(false);
   popModelview();
@@ -85,16 +85,16 @@ void RenderTarget::maskSlots(int32_t slotA, int32_t slotB) {
   glEnable(GL_BLEND);
   glColor4f(0, 0, 0, 1);
   glBlendFunc(GL_SRC_COLOR, GL_ONE_MINUS_SRC_COLOR);
-  glBindTexture(GL_TEXTURE_2D, nameAt(textureHigh, slotB));
+  bindSlotTexture(nameAt(textureHigh, slotB));
   pixelQuad(false);
   glBlendFunc(GL_ZERO, GL_SRC_COLOR);
-  glBindTexture(GL_TEXTURE_2D, nameAt(textureHigh, slotA));
+  bindSlotTexture(nameAt(textureHigh, slotA));
   pixelQuad(false);
   popModelview();
 }
 
 void RenderTarget::invertSlot(int32_t slot) {
-  glBindTexture(GL_TEXTURE_2D, currentSource(slot));
+  bindSlotTexture(currentSource(slot));
   if (slot < 0 || slot >= slotCount) return;
   pushIdentity();
   glDisable(GL_BLEND);
@@ -120,7 +120,7 @@ void RenderTarget::showSlotAlone(int32_t slot, float alpha) {
   glDisable(GL_CULL_FACE);
   glEnable(GL_BLEND);
   glBlendFunc(GL_SRC_ALPHA, GL_DST_ALPHA);
-  glBindTexture(GL_TEXTURE_2D, currentSource(slot));
+  bindSlotTexture(currentSource(slot));
   glColor4f(0, 0, 0, alpha);
   pixelQuad(lowResolution != 0);
   popModelview();
@@ -143,10 +143,10 @@ void RenderTarget::mixDraw(GLenum destination, int32_t slotA, int32_t slotB, flo
   glEnable(GL_BLEND);
   glBlendFunc(GL_SRC_ALPHA, destination);
   setEnv(GL_ADD);  // the brightness adds to the image
-  glBindTexture(GL_TEXTURE_2D, nameAt(lowResolutionB != 0 ? textureLow : textureHigh, slotB));
+  bindSlotTexture(nameAt(lowResolutionB != 0 ? textureLow : textureHigh, slotB));
   glColor4f(brightnessB, brightnessB, brightnessB, alphaB);
   pixelQuad(lowResolutionQuadB != 0);
-  glBindTexture(GL_TEXTURE_2D, nameAt(lowResolution != 0 ? textureLow : textureHigh, slotA));
+  bindSlotTexture(nameAt(lowResolution != 0 ? textureLow : textureHigh, slotA));
   glColor4f(brightnessA, brightnessA, brightnessA, alphaA);
   pixelQuad(lowResolutionQuad != 0);
   popModelview();
@@ -168,7 +168,7 @@ void RenderTarget::drawSlotThumbnail(int32_t slot) {
   setEnv(GL_ADD);
   glEnable(GL_BLEND);
   glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
-  glBindTexture(GL_TEXTURE_2D, nameAt(textureHigh, slot));
+  bindSlotTexture(nameAt(textureHigh, slot));
   glColor4f(0, 0, 0, 0.5f);
   pixelQuad(false);
   popModelview();
@@ -344,11 +344,11 @@ void RenderTarget::accumulateSlot(int32_t slot, int32_t iterations, float bright
   else
     glDisable(GL_COLOR_MATERIAL);
   for (int32_t k = 0; k < iterations; ++k) {
-    glBindTexture(GL_TEXTURE_2D, k == 0 ? currentSource(slot) : alternate);
+    bindSlotTexture(k == 0 ? currentSource(slot) : alternate);
     screenQuad();
     screenQuad();  // twice: each iteration doubles the picture
     if (k != iterations - 1) {
-      glBindTexture(GL_TEXTURE_2D, alternate);
+      bindSlotTexture(alternate);
       if (low)
         copyBound(lowCopyOriginX, lowCopyOriginY, lowWidth, lowHeight);
       else
@@ -373,7 +373,7 @@ void RenderTarget::blurCrossFade(float amount, int32_t slotA, int32_t slotB) {
     for (int i = 0; i < 7; ++i) {
       const float s = (float(i + 1) * 0.2f) / 7.0f;
       glClear(GL_COLOR_BUFFER_BIT);
-      glBindTexture(GL_TEXTURE_2D, i == 0 ? nameAt(textureHigh, slots[n]) : alternate);
+      bindSlotTexture(i == 0 ? nameAt(textureHigh, slots[n]) : alternate);
       glColor4f(0, 0, 0, tapAlpha);
       for (int v = 0; v < 2; ++v)
         for (int u = 0; u < 2; ++u) {
@@ -381,23 +381,23 @@ void RenderTarget::blurCrossFade(float amount, int32_t slotA, int32_t slotB) {
           texturedQuad(float(-halfWidth), float(-halfHeight), float(halfWidth), float(halfHeight), ou, ov, ou + 1,
                        ov + 1);
         }
-      glBindTexture(GL_TEXTURE_2D, alternate);
+      bindSlotTexture(alternate);
       copyBound(copyOriginX, copyOriginY, width, height);
     }
   }
   glClear(GL_COLOR_BUFFER_BIT);
   glBlendFunc(GL_SRC_ALPHA, GL_DST_ALPHA);
-  glBindTexture(GL_TEXTURE_2D, nameAt(textureHighAlternate, slotB));
+  bindSlotTexture(nameAt(textureHighAlternate, slotB));
   glColor4f(0, 0, 0, amount);
   pixelQuad(false);
-  glBindTexture(GL_TEXTURE_2D, nameAt(textureHighAlternate, slotA));
+  bindSlotTexture(nameAt(textureHighAlternate, slotA));
   glColor4f(0, 0, 0, 1.0f - amount);
   pixelQuad(false);
   // The last twentieth of the fade sharpens up to slotB itself.
   float t = (amount - 0.95f) * 20.0f;
   t = t < 0 ? 0 : (t > 1 ? 1 : t);
   glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
-  glBindTexture(GL_TEXTURE_2D, nameAt(textureHigh, slotB));
+  bindSlotTexture(nameAt(textureHigh, slotB));
   glColor4f(0, 0, 0, t);
   pixelQuad(false);
   popModelview();
@@ -415,7 +415,7 @@ void RenderTarget::stripBlur(int32_t slot, int32_t passes, float spreadX, float 
   const int32_t strips = stripCount - 1;
   for (int32_t pass = 0; pass < passes; ++pass) {
     glClear(GL_COLOR_BUFFER_BIT);
-    glBindTexture(GL_TEXTURE_2D, pass == 0 ? currentSource(slot) : alternate);
+    bindSlotTexture(pass == 0 ? currentSource(slot) : alternate);
     glColor4f(red, green, blue, tapAlpha);
     const float growth = float(pass + 1) / float(passes);
     for (int v = 0; v < 2; ++v)
@@ -452,7 +452,7 @@ void RenderTarget::stripBlur(int32_t slot, int32_t passes, float spreadX, float 
         glEnd();
       }
     if (pass != passes - 1) {
-      glBindTexture(GL_TEXTURE_2D, alternate);
+      bindSlotTexture(alternate);
       if (low)
         copyBound(lowCopyOriginX, lowCopyOriginY, lowWidth, lowHeight);
       else
@@ -480,11 +480,11 @@ void RenderTarget::ghostTrail(int32_t slot, int32_t passes, float alpha, float a
     const float y = float(d * (std::cos(b) + std::sin(b)));
     glColor4f(ghostColour[0], ghostColour[1], ghostColour[2],
               float(alpha - std::sqrt(double(i) / passes) * ghostFade));
-    glBindTexture(GL_TEXTURE_2D, i == 0 ? currentSource(slot) : alternate);
+    bindSlotTexture(i == 0 ? currentSource(slot) : alternate);
     const float w = float(low ? lowHalfWidth : halfWidth), h = float(low ? lowHalfHeight : halfHeight);
     texturedQuad(-w, -h, w, h, -driftX * x - x, -driftY * y - y, 1 + x - driftX * x, 1 + y - driftY * y);
     if (i != passes - 1) {
-      glBindTexture(GL_TEXTURE_2D, alternate);
+      bindSlotTexture(alternate);
       if (low)
         copyBound(lowCopyOriginX, lowCopyOriginY, lowWidth, lowHeight);
       else
@@ -508,7 +508,7 @@ void RenderTarget::flareTunnel(int32_t slot, float angle, float strength, float 
     const double c = i / 9.0;
     const double e = std::pow(1.05, (i + 1) * double(strength) * rate) * 1.3 * -256.0;
     const double ox = shiftX * 0.5 * (c - 0.5), oy = shiftY * 0.5 * (c - 0.5);
-    glBindTexture(GL_TEXTURE_2D, i == 0 ? nameAt(textureHigh, slot) : alternate);
+    bindSlotTexture(i == 0 ? nameAt(textureHigh, slot) : alternate);
     const double turn = double(angle) * (c + 0.1) * 103.0;
     const float p = float(ox * 0.001953125), q = float(oy * 0.00390625);
     // Corners: (e, e) turned by 0, -pi/2, -pi, -3pi/2; with e < 0 that is
@@ -526,11 +526,11 @@ void RenderTarget::flareTunnel(int32_t slot, float angle, float strength, float 
       glVertex3f(float(tx), float(ty * 0.5), -1);
     }
     glEnd();
-    glBindTexture(GL_TEXTURE_2D, alternate);
+    bindSlotTexture(alternate);
     copyBound(copyOriginX, copyOriginY, width, height);
   }
   glClear(GL_COLOR_BUFFER_BIT);
-  glBindTexture(GL_TEXTURE_2D, alternate);
+  bindSlotTexture(alternate);
   glColor4f(0, 0, 0, 1);
   pixelQuad(false);
   popModelview();

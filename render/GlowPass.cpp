@@ -80,7 +80,7 @@ void RenderTarget::glowPass(int32_t slot, float amount, int32_t passes, float sp
 
   glEnable(GL_BLEND);
   glEnable(GL_TEXTURE_2D);
-  glBindTexture(GL_TEXTURE_2D, currentSource(slot));
+  bindSlotTexture(currentSource(slot));
   clampedAdd();
 
   const bool low = lowResolution != 0;
@@ -102,7 +102,7 @@ void RenderTarget::glowPass(int32_t slot, float amount, int32_t passes, float sp
     const float sy = a * spreadY * float(i + 1) / float(passes);
 
     // Without framebuffers the texture the previous copy filled stays bound.
-    if (useFramebuffers) glBindTexture(GL_TEXTURE_2D, i == 0 ? currentSource(slot) : nameAt(alternates, slot + (i % 2)));
+    if (useFramebuffers) bindSlotTexture(i == 0 ? currentSource(slot) : nameAt(alternates, slot + (i % 2)));
     clampedAdd();
 
     if (!last) {
@@ -165,7 +165,7 @@ void RenderTarget::glowPass(int32_t slot, float amount, int32_t passes, float sp
       } else if (!low) {
         // Full size: one alternate for every pass, bound at the first.
         if (i == 0) {
-          glBindTexture(GL_TEXTURE_2D, nameAt(textureHighAlternate, (slot + 1) % 2));
+          bindSlotTexture(nameAt(textureHighAlternate, (slot + 1) % 2));
           glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP);
           glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP);
         }
@@ -173,7 +173,7 @@ void RenderTarget::glowPass(int32_t slot, float amount, int32_t passes, float sp
       } else {
         // Half size: alternates 0 and 1 are shared scratch for every slot here,
         // hence modulo 2 of the sum and no slot offset.
-        glBindTexture(GL_TEXTURE_2D, nameAt(textureLowAlternate, (i + 1 + slot) % 2));
+        bindSlotTexture(nameAt(textureLowAlternate, (i + 1 + slot) % 2));
         glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP);
         glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP);
         glCopyTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, lowCopyOriginX, lowCopyOriginY, lowWidth, lowHeight);

@@ -11,8 +11,9 @@
 
 namespace {
 
-// Sets up one slot colour texture: clamped, linear, RGBA storage without data.
-void defineSlotTexture(GLuint name, int32_t w, int32_t h) {
+// Sets up one slot colour texture: clamped and linear. Its image storage
+// comes later, on first use (RenderTarget::prepareStorage).
+void setUpSlotTexture(GLuint name) {
   glBindTexture(GL_TEXTURE_2D, name);
   // Deliberate: GL refuses an alignment of 0 (GL_INVALID_VALUE) and keeps the
   // old value. The call has no meaning here and stays as it always was; its
@@ -24,7 +25,6 @@ void defineSlotTexture(GLuint name, int32_t w, int32_t h) {
   glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP);
   glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
   glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
-  glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, w, h, 0, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
 }
 
 }  // namespace
@@ -44,6 +44,7 @@ RenderTarget::RenderTarget(int32_t width_, int32_t height_, int32_t lowWidth_, i
   std::memset(textureHighAlternate, 0, sizeof textureHighAlternate);
   std::memset(textureLow, 0, sizeof textureLow);
   std::memset(textureLowAlternate, 0, sizeof textureLowAlternate);
+  std::memset(storageMade, 0, sizeof storageMade);
 
   // 1. Slot count and the four texture arrays with their saved copies.
   slotCount = count < maxSlots ? count : maxSlots;
@@ -87,12 +88,16 @@ RenderTarget::RenderTarget(int32_t width_, int32_t height_, int32_t lowWidth_, i
   copyOriginX = copyOriginY = 0;
   lowCopyOriginX = lowCopyOriginY = 0;
 
-  // 3. Texture storage, slot by slot.
+  // 3. Texture set-up, slot by slot. The image storage (about 20 MiB a slot
+  // at 1280 x 720) is not made here: each texture gets it the first time it
+  // is drawn into, copied into or bound for reading, so slots never used
+  // cost no memory and the start-up does not wait for the driver to
+  // allocate and clear them.
   for (int32_t s = 0; s < slotCount; ++s) {
-    defineSlotTexture(textureHigh[s], width, height);
-    defineSlotTexture(textureHighAlternate[s], width, height);
-    defineSlotTexture(textureLow[s], lowWidth, lowHeight);
-    defineSlotTexture(textureLowAlternate[s], lowWidth, lowHeight);
+    setUpSlotTexture(textureHigh[s]);
+    setUpSlotTexture(textureHighAlternate[s]);
+    setUpSlotTexture(textureLow[s]);
+    setUpSlotTexture(textureLowAlternate[s]);
   }
 
   // 4.
@@ -139,6 +144,9 @@ RenderTarget::RenderTarget(int32_t width_, int32_t height_, int32_t lowWidth_, i
       }
     }
     // Only the last framebuffer bound is tested; failure ends the run silently.
+    // Its colour texture gets its storage first, so that the test judges the
+    // sizes and formats rather than storage not made yet.
+    prepareStorage(textureLowAlternate[slotCount - 1]);
     if (glCheckFramebufferStatusEXT(GL_FRAMEBUFFER_EXT) != GL_FRAMEBUFFER_COMPLETE_EXT) exit(0);
     glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, 0);
     glBindRenderbufferEXT(GL_RENDERBUFFER_EXT, 0);
@@ -180,6 +188,61 @@ GLuint RenderTarget::nameAt(const GLuint* names, int32_t index) {
   return (index >= 0 && index < maxSlots) ? names[index] : 0;
 }
 
+// ============================================================================
+// Storage on first use
+// ============================================================================
+
+bool RenderTarget::findSlotTexture(GLuint texture, int32_t* kind, int32_t* slot) const {
+  if (texture == 0) return false;
+  // The saved arrays, as nothing exchanges live entries: the kind gives the size.
+  const GLuint* arrays[4] = {textureHighSaved, textureHighAlternateSaved, textureLowSaved, textureLowAlternateSaved};
+  for (int32_t k = 0; k < 4; ++k) {
+    for (int32_t s = 0; s < slotCount; ++s) {
+      if (arrays[k][s] == texture) {
+        *kind = k;
+        *slot = s;
+        return true;
+      }
+    }
+  }
+  return false;
+}
+
+bool RenderTarget::hasStorage(GLuint texture) const {
+  int32_t kind = 0, slot = 0;
+  return findSlotTexture(texture, &kind, &slot) && storageMade[kind][slot];
+}
+
+void RenderTarget::prepareStorage(GLuint texture) {
+  int32_t kind = 0, slot = 0;
+  if (!findSlotTexture(texture, &kind, &slot) || storageMade[kind][slot]) return;
+  storageMade[kind][slot] = true;
+  const bool low = kind >= 2;
+  // The same storage the textures once had from the start: RGBA, no data
+  // (the driver clears it), so a slot read before anything was drawn into it
+  // reads what it always did.
+  GLint bound = 0;
+  glGetIntegerv(GL_TEXTURE_BINDING_2D, &bound);
+  glBindTexture(GL_TEXTURE_2D, texture);
+  glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, low ? lowWidth : width, low ? lowHeight : height, 0, GL_RGBA,
+               GL_UNSIGNED_BYTE, nullptr);
+  glBindTexture(GL_TEXTURE_2D, GLuint(bound));
+}
+
+void RenderTarget::prepareAllStorage() {
+  for (int32_t s = 0; s < slotCount; ++s) {
+    prepareStorage(textureHighSaved[s]);
+    prepareStorage(textureHighAlternateSaved[s]);
+    prepareStorage(textureLowSaved[s]);
+    prepareStorage(textureLowAlternateSaved[s]);
+  }
+}
+
+void RenderTarget::bindSlotTexture(GLuint texture) {
+  prepareStorage(texture);
+  glBindTexture(GL_TEXTURE_2D, texture);
+}
+
 GLuint RenderTarget::currentSource(int32_t slot) const {
   return nameAt(lowResolution != 0 ? textureLow : textureHigh, slot);
 }
@@ -201,6 +264,9 @@ void RenderTarget::beginTarget(int32_t slot, bool withDepth, bool alternate) {
   const bool low = stackLow[e];
   const GLuint* fbs = alternate ? (low ? framebufferLowAlternate : framebufferHighAlternate)
                                 : (low ? framebufferLow : framebufferHigh);
+  // The surface's colour texture gets its storage before it is drawn into.
+  prepareStorage(nameAt(alternate ? (low ? textureLowAlternate : textureHighAlternate) : (low ? textureLow : textureHigh),
+                        slot));
   glBindFramebufferEXT(GL_FRAMEBUFFER_EXT, nameAt(fbs, slot));
   if (withDepth) {
     stackWithDepth[e] = true;
@@ -254,10 +320,10 @@ void RenderTarget::endTarget() {
 void RenderTarget::copyToSlot(int32_t slot) {
   if (lowResolution == 0) {
     glEnable(GL_BLEND);  // only on this branch: the asymmetry is how it always was
-    glBindTexture(GL_TEXTURE_2D, nameAt(textureHigh, slot));
+    bindSlotTexture(nameAt(textureHigh, slot));
     glCopyTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, copyOriginX, copyOriginY, width, height);
   } else {
-    glBindTexture(GL_TEXTURE_2D, nameAt(textureLow, slot));
+    bindSlotTexture(nameAt(textureLow, slot));
     glCopyTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, lowCopyOriginX, lowCopyOriginY, lowWidth, lowHeight);
   }
 }

@@ -18,7 +18,10 @@
 // (maxU,0) (maxU,maxV) (0,maxV). The pixel quad (effect library): corners at
 // +-halfWidth/+-halfHeight (or the low halves), coordinates 0..1, for a
 // projection in pixels.
-// Main thread only; all GL objects are made in the constructor.
+// Main thread only. All GL objects are named and set up in the constructor;
+// a slot texture's image storage is made the first time the texture is drawn
+// into, copied into or bound for reading (see prepareStorage), so a slot
+// never used costs no memory.
 #pragma once
 #include <GL/glew.h>
 
@@ -99,6 +102,19 @@ class RenderTarget {
   // The main texture a pass reads for `slot`: textureHigh, or textureLow when
   // lowResolution is not 0. Slots outside the arrays give 0.
   GLuint currentSource(int32_t slot) const;
+
+  // ---- Storage on first use ---------------------------------------------------
+
+  // Whether `texture`, one of this pool's slot textures, has its image
+  // storage yet. Other names give false.
+  bool hasStorage(GLuint texture) const;
+  // Gives `texture`, one of this pool's slot textures, its image storage if it
+  // has none yet: RGBA of the full or half size, without data, as the driver
+  // clears it. The texture bound on the active unit stays bound. Other names
+  // are ignored. Every bind of a slot texture in this class goes through it.
+  void prepareStorage(GLuint texture);
+  // The same for every slot texture at once.
+  void prepareAllStorage();
 
   // ---- Glow pass and slot drawing -----------------------------------------
 
@@ -225,6 +241,12 @@ class RenderTarget {
   float ghostColour[3];                  // ghostTrail: colour of the trail
 
  private:
+  // Which slot textures have their storage, by kind (high, high alternate,
+  // low, low alternate) and slot.
+  bool storageMade[4][maxSlots];
+  bool findSlotTexture(GLuint texture, int32_t* kind, int32_t* slot) const;
+  // prepareStorage, then binds the texture on the active unit.
+  void bindSlotTexture(GLuint texture);
   void bindStackEntry(int32_t entry);
   void screenQuad() const;
   void pixelQuad(bool low) const;

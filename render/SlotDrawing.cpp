@@ -56,7 +56,7 @@ void RenderTarget::drawSlot(int32_t slot, int32_t blendMode, const float* scale,
   glDisable(GL_TEXTURE_CUBE_MAP);
   glDisable(GL_COLOR_MATERIAL);
   glEnable(GL_TEXTURE_2D);
-  glBindTexture(GL_TEXTURE_2D, currentSource(slot));
+  bindSlotTexture(currentSource(slot));
 
   if (fullScreen) {
     // GL_ADD with colour (0, 0, 0, alpha): rgb = texture, alpha = texture alpha * alpha.
@@ -116,7 +116,7 @@ void RenderTarget::drawSlotFaded(int32_t slot, float alpha, int32_t blendSelect)
   glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
   glDisable(GL_CULL_FACE);
   glEnable(GL_BLEND);
-  glBindTexture(GL_TEXTURE_2D, currentSource(slot));
+  bindSlotTexture(currentSource(slot));
   glColor4f(1, 1, 1, alpha);
   screenQuad();
   popBoth();
@@ -132,10 +132,10 @@ void RenderTarget::crossFade(float amount, int32_t fromSlot, int32_t toSlot) {
   glDisable(GL_LIGHTING);
   glEnable(GL_BLEND);
   // Full-size textures whatever lowResolution says.
-  glBindTexture(GL_TEXTURE_2D, textureHigh[toSlot]);
+  bindSlotTexture(textureHigh[toSlot]);
   glColor4f(1, 1, 1, amount);
   screenQuad();
-  glBindTexture(GL_TEXTURE_2D, textureHigh[fromSlot]);
+  bindSlotTexture(textureHigh[fromSlot]);
   glColor4f(1, 1, 1, 1.0f - amount);
   screenQuad();
   popBoth();
@@ -144,12 +144,12 @@ void RenderTarget::crossFade(float amount, int32_t fromSlot, int32_t toSlot) {
 void RenderTarget::combineSlots(int32_t slotA, int32_t slotB, bool useCombine, bool additive) {
   glActiveTextureARB(GL_TEXTURE0_ARB);
   glEnable(GL_TEXTURE_2D);
-  glBindTexture(GL_TEXTURE_2D, nameAt(lowResolutionB != 0 ? textureLow : textureHigh, slotB));
+  bindSlotTexture(nameAt(lowResolutionB != 0 ? textureLow : textureHigh, slotB));
   glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_REPLACE);
 
   glActiveTextureARB(GL_TEXTURE1_ARB);
   glEnable(GL_TEXTURE_2D);
-  glBindTexture(GL_TEXTURE_2D, nameAt(lowResolution != 0 ? textureLow : textureHigh, slotA));
+  bindSlotTexture(nameAt(lowResolution != 0 ? textureLow : textureHigh, slotA));
   if (!useCombine) {
     glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);  // A x B
   } else {

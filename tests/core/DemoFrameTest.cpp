@@ -191,6 +191,7 @@ namespace {
 // lower-left texel back later.
 void markLayerSlot(WindowDemo& d) {
   std::vector<uint8_t> marker(size_t(d.targetWidth) * d.targetHeight * 4, 77);
+  d.renderTargets->prepareStorage(d.renderTargets->textureHigh[0]);  // storage comes on first use otherwise
   glBindTexture(GL_TEXTURE_2D, d.renderTargets->textureHigh[0]);
   glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, d.targetWidth, d.targetHeight, GL_RGBA, GL_UNSIGNED_BYTE, marker.data());
 }

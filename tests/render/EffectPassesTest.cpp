@@ -17,6 +17,7 @@ struct EffectScene {
   std::unique_ptr<RenderTarget> rt;
   EffectScene() {
     rt.reset(new RenderTarget(256, 128, 128, 64, 256, 128, 128, 64, 4));
+    rt->prepareAllStorage();  // the tests fill slot textures directly, as earlier copies would
     testgl::drainErrors();
     pixelProjection();
   }

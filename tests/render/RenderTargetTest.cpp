@@ -82,6 +82,7 @@ TEST(RenderTarget, ThousandTwentyFourBySevenSixtyEightRoundedUp) {
   REQUIRE_TARGET_GL();
   ScopedFramebuffers fb(false);
   std::unique_ptr<RenderTarget> rt(new RenderTarget(1024, 1024, 512, 512, 1024, 768, 512, 384, 1));
+  rt->prepareAllStorage();
   EXPECT_EQ(textureLevelSize(rt->textureHigh[0], GL_TEXTURE_WIDTH), 1024);
   EXPECT_EQ(textureLevelSize(rt->textureHigh[0], GL_TEXTURE_HEIGHT), 1024);
   EXPECT_EQ(textureLevelSize(rt->textureHighAlternate[0], GL_TEXTURE_HEIGHT), 1024);
@@ -162,6 +163,7 @@ TEST(RenderTarget, ConstructorKeepsRefusedAlignmentCallAndSetsSamplers) {
   setGLErrorChecks(true);
   EXPECT_TRUE(contains(errors, GL_INVALID_VALUE));
   EXPECT_EQ(getInt(GL_UNPACK_ALIGNMENT), 4);
+  rt->prepareAllStorage();
   for (GLuint t : {rt->textureHigh[1], rt->textureHighAlternate[1], rt->textureLow[1], rt->textureLowAlternate[1]}) {
     glBindTexture(GL_TEXTURE_2D, t);
     GLint v = 0;
@@ -234,6 +236,7 @@ TEST(RenderTargetCopyPath, FullSizeCopyFillsMainTextureAndEnablesBlend) {
   REQUIRE_TARGET_GL();
   ScopedFramebuffers fb(false);
   std::unique_ptr<RenderTarget> rt(makePool(4));
+  rt->prepareAllStorage();
   fillTexture(rt->textureHigh[2], {1, 2, 3, 4});
   fillTexture(rt->textureLow[2], {9, 9, 9, 9});
   clearTo({200, 100, 50, 255});
@@ -262,6 +265,7 @@ TEST(RenderTargetCopyPath, HalfSizeCopyFillsLowTextureAndLeavesBlend) {
   REQUIRE_TARGET_GL();
   ScopedFramebuffers fb(false);
   std::unique_ptr<RenderTarget> rt(makePool(4));
+  rt->prepareAllStorage();
   fillTexture(rt->textureHigh[1], {1, 2, 3, 4});
   clearTo({10, 20, 30, 40});
   glEnable(GL_SCISSOR_TEST);
@@ -322,6 +326,7 @@ TEST(RenderTargetFramebufferPath, ConstructorBuildsCompleteFramebuffers) {
   EXPECT_TRUE(contains(errors, GL_INVALID_VALUE));  // the refused alignment
   EXPECT_EQ(getInt(GL_FRAMEBUFFER_BINDING_EXT), 0);
   EXPECT_EQ(getInt(GL_RENDERBUFFER_BINDING_EXT), 0);
+  rt->prepareAllStorage();  // what the first use of each surface does
   for (int s = 0; s < 3; ++s) {
     const GLuint fbs[4] = {rt->framebufferHigh[s], rt->framebufferHighAlternate[s], rt->framebufferLow[s],
                            rt->framebufferLowAlternate[s]};
@@ -604,5 +609,102 @@ TEST(RenderTargetPaths, PictureThroughSlotMatchesOnBothPaths) {
   EXPECT_TRUE(fbVsCopy.passed) << fbVsCopy.message;
   // The picture is not empty: the white bar stands in the middle.
   EXPECT_TRUE(near(pixel(100, 114), {255, 255, 255, 255}, 2));
+  resetState();
+}
+
+// ---- Storage on first use ------------------------------------------------------------
+
+namespace {
+
+std::vector<GLuint> allSlotTextures(const RenderTarget& rt) {
+  std::vector<GLuint> names;
+  for (int s = 0; s < rt.slotCount; ++s)
+    for (GLuint t : {rt.textureHigh[s], rt.textureHighAlternate[s], rt.textureLow[s], rt.textureLowAlternate[s]})
+      names.push_back(t);
+  return names;
+}
+
+}  // namespace
+
+TEST(RenderTargetStorage, FreshPoolHasNoStorageUntilACopy) {
+  REQUIRE_TARGET_GL();
+  ScopedFramebuffers fb(false);
+  std::unique_ptr<RenderTarget> rt(makePool(4));
+  testgl::drainErrors();
+  for (GLuint t : allSlotTextures(*rt)) {
+    EXPECT_TRUE(glIsTexture(t));
+    EXPECT_FALSE(rt->hasStorage(t));
+    EXPECT_EQ(textureLevelSize(t, GL_TEXTURE_WIDTH), 0);
+  }
+  clearTo({10, 20, 30, 255});
+  rt->copyToSlot(1);
+  rt->lowResolution = 1;
+  rt->copyToSlot(2);
+  rt->lowResolution = 0;
+  for (GLuint t : allSlotTextures(*rt)) {
+    const bool used = t == rt->textureHigh[1] || t == rt->textureLow[2];
+    EXPECT_EQ(rt->hasStorage(t), used);
+    EXPECT_EQ(textureLevelSize(t, GL_TEXTURE_WIDTH), used ? (t == rt->textureHigh[1] ? 512 : 256) : 0);
+  }
+  EXPECT_EQ(textureLevelSize(rt->textureLow[2], GL_TEXTURE_HEIGHT), 128);
+  int w = 0;
+  const auto high = readTexture(rt->textureHigh[1], &w);
+  EXPECT_TRUE(near(texel(high, w, 100, 100), {10, 20, 30, 255}, 0));
+  EXPECT_FALSE(rt->hasStorage(0));
+  EXPECT_FALSE(rt->hasStorage(rt->textureHigh[1] + 1000));  // not one of the pool's
+  EXPECT_TRUE(testgl::drainErrors().empty());
+}
+
+// A slot drawn before anything was copied into it reads the same cleared
+// storage as one whose storage was made up front, and gets its storage then.
+TEST(RenderTargetStorage, SlotReadBeforeAnyCopyGivesTheSamePicture) {
+  REQUIRE_TARGET_GL();
+  ScopedFramebuffers fb(false);
+  auto drawUnused = [](bool upFront, std::vector<uint8_t>* contents) {
+    resetState();
+    std::unique_ptr<RenderTarget> rt(makePool(4));
+    if (upFront) rt->prepareAllStorage();
+    testgl::drainErrors();
+    clearTo({90, 120, 150, 255});
+    rt->drawSlot(2, slotBlendAdd, nullptr, true, nullptr, nullptr, 0.5f);
+    EXPECT_TRUE(rt->hasStorage(rt->textureHigh[2]));
+    EXPECT_EQ(getInt(GL_TEXTURE_BINDING_2D), GLint(rt->textureHigh[2]));
+    const testimg::Image picture = readWindow();
+    *contents = readTexture(rt->textureHigh[2]);
+    EXPECT_TRUE(testgl::drainErrors().empty());
+    return picture;
+  };
+  std::vector<uint8_t> lazyContents, upFrontContents;
+  const testimg::Image lazy = drawUnused(false, &lazyContents);
+  const testimg::Image upFront = drawUnused(true, &upFrontContents);
+  EXPECT_EQ(lazy.rgba, upFront.rgba);
+  EXPECT_EQ(lazyContents.size(), size_t(512 * 256 * 4));
+  EXPECT_EQ(lazyContents, upFrontContents);
+  resetState();
+}
+
+TEST(RenderTargetStorage, FramebufferSurfaceGetsItsStorageWhenBegun) {
+  REQUIRE_TARGET_GL();
+  REQUIRE_FRAMEBUFFERS();
+  ScopedFramebuffers fb(true);
+  setGLErrorChecks(false);
+  std::unique_ptr<RenderTarget> rt(makePool(3));
+  testgl::drainErrors();
+  setGLErrorChecks(true);
+  // Only the surface whose completeness the constructor tests has storage.
+  for (GLuint t : allSlotTextures(*rt)) EXPECT_EQ(rt->hasStorage(t), t == rt->textureLowAlternate[2]);
+  glBindTexture(GL_TEXTURE_2D, 0);
+  rt->beginTarget(1, true, false);
+  EXPECT_TRUE(rt->hasStorage(rt->textureHigh[1]));
+  EXPECT_FALSE(rt->hasStorage(rt->textureHighAlternate[1]));
+  EXPECT_EQ(getInt(GL_TEXTURE_BINDING_2D), 0);  // the caller's binding stands
+  EXPECT_EQ(glCheckFramebufferStatusEXT(GL_FRAMEBUFFER_EXT), GLenum(GL_FRAMEBUFFER_COMPLETE_EXT));
+  clearTo({40, 50, 60, 70});
+  rt->endTarget();
+  int w = 0;
+  const auto high = readTexture(rt->textureHigh[1], &w);
+  EXPECT_EQ(w, 512);
+  EXPECT_TRUE(near(texel(high, w, 300, 200), {40, 50, 60, 70}, 0));
+  EXPECT_TRUE(testgl::drainErrors().empty());
   resetState();
 }

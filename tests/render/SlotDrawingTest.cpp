@@ -20,6 +20,7 @@ struct SlotScene {
   ScopedFramebuffers fb{false};
   SlotScene() {
     rt.reset(makePool(4));
+    rt->prepareAllStorage();  // the tests fill slot textures directly, as earlier copies would
     testgl::drainErrors();
   }
 };
