@@ -92,6 +92,8 @@ PlayerOptions parsePlayerOptions(int argc, char** argv) {
       o.trace = true;
     } else if (a == "--edit") {
       o.edit = true;
+    } else if (a == "--lazy-targets") {
+      o.lazyTargets = true;
     } else if (a == "--settings") {
       o.settings = true;
     } else if (a == "--size") {
@@ -192,6 +194,8 @@ std::string playerHelpText() {
       "  --edit            the editor over the show: F1 help, F3 flow charts, F10 edit\n"
       "                    mode; ctrl+shift+S/L save/load ostravine.scr, which is\n"
       "                    also read again whenever it changes on disk\n"
+      "  --lazy-targets    off-screen slots get their memory when first used, not at\n"
+      "                    start-up: less memory and a quicker start, same picture\n"
       "  --settings        first the settings dialog: a size from the display's modes,\n"
       "                    Fullscreen, Exact pixels, Audio; Begin plays, End ends\n"
       "                    (environment OSTRAVINE_DISPLAY_MODES=WxH[xBITS],... gives\n"

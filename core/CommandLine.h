@@ -52,6 +52,7 @@ struct PlayerOptions {
   bool benchmark = false;       // --benchmark: print frame timings per scheduled scene at the end
   bool trace = false;           // --trace: print each frame's clock values
   bool edit = false;            // --edit: the editor is drawn over the show and takes the mouse and keys
+  bool lazyTargets = false;     // --lazy-targets: slot storage made on first use, not at start-up
   bool settings = false;        // --settings: the settings dialog opens before the display
   std::string videoFile;        // --video FILE: render the range on the fixed clock into a video file
   bool lossless = false;        // --lossless: with --video, FFV1 and FLAC in a .mkv file

@@ -25,6 +25,7 @@
 #include "core/SettingsDialog.h"
 #include "core/VideoRecording.h"
 #include "flow/FlowCharts.h"
+#include "render/RenderTarget.h"
 #include "foundation/Capabilities.h"
 #include "foundation/InputState.h"
 #include "foundation/Timer.h"
@@ -195,6 +196,7 @@ int ostravineMain(int argc, char** argv) {
   SDL_GL_SwapBuffers();
 
   // Start-up 6: everything loads here.
+  lazySlotStorage = player.lazyTargets;
   demo.init();
   // The benchmark's empty frame: nothing scheduled, only composition,
   // present, grain and swap.

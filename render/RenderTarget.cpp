@@ -9,6 +9,8 @@
 #include "foundation/Capabilities.h"
 #include "render/GLErrors.h"
 
+bool lazySlotStorage = false;
+
 namespace {
 
 // Sets up one slot colour texture: clamped and linear. Its image storage
@@ -88,17 +90,18 @@ RenderTarget::RenderTarget(int32_t width_, int32_t height_, int32_t lowWidth_, i
   copyOriginX = copyOriginY = 0;
   lowCopyOriginX = lowCopyOriginY = 0;
 
-  // 3. Texture set-up, slot by slot. The image storage (about 20 MiB a slot
-  // at 1280 x 720) is not made here: each texture gets it the first time it
-  // is drawn into, copied into or bound for reading, so slots never used
-  // cost no memory and the start-up does not wait for the driver to
-  // allocate and clear them.
+  // 3. Texture set-up, slot by slot, then the image storage (about 20 MiB a
+  // slot at 1280 x 720). With lazySlotStorage the storage waits: each texture
+  // gets it the first time it is drawn into, copied into or bound for
+  // reading, so slots never used cost no memory and the start-up does not
+  // wait for the driver to allocate and clear them.
   for (int32_t s = 0; s < slotCount; ++s) {
     setUpSlotTexture(textureHigh[s]);
     setUpSlotTexture(textureHighAlternate[s]);
     setUpSlotTexture(textureLow[s]);
     setUpSlotTexture(textureLowAlternate[s]);
   }
+  if (!lazySlotStorage) prepareAllStorage();
 
   // 4.
   ghostFade = 0;

@@ -18,10 +18,12 @@
 // (maxU,0) (maxU,maxV) (0,maxV). The pixel quad (effect library): corners at
 // +-halfWidth/+-halfHeight (or the low halves), coordinates 0..1, for a
 // projection in pixels.
-// Main thread only. All GL objects are named and set up in the constructor;
-// a slot texture's image storage is made the first time the texture is drawn
-// into, copied into or bound for reading (see prepareStorage), so a slot
-// never used costs no memory.
+// Main thread only. All GL objects, image storage included, are made in the
+// constructor. With lazySlotStorage set before construction (the player's
+// --lazy-targets), a slot texture's image storage is instead made the first
+// time the texture is drawn into, copied into or bound for reading (see
+// prepareStorage): a slot never used costs no memory, and the picture is the
+// same, since fresh storage reads as cleared either way.
 #pragma once
 #include <GL/glew.h>
 
@@ -66,6 +68,10 @@ struct GlowOptions {
   static GlowOptions sceneGlow(float amount, int32_t passes, float alpha, float fadeOut, float zoom,
                                float zoomPowBase, float zoomPow);
 };
+
+// Off by default: the pool makes all its storage up front. Read by the
+// constructor only.
+extern bool lazySlotStorage;
 
 class RenderTarget {
  public:

@@ -95,7 +95,7 @@ TEST(CommandLine, JoinArgumentsSkipsProgramName) {
 
 TEST(PlayerOptions, ReadsEveryOption) {
   PlayerOptions o = player({"--windowed", "--size", "333x222", "--fixed-fps", "25", "--from", "1000", "--to", "2000",
-                            "--capture", "/tmp/x", "--shots", "1000,1500", "--benchmark", "--settings"});
+                            "--capture", "/tmp/x", "--shots", "1000,1500", "--benchmark", "--settings", "--lazy-targets"});
   EXPECT_TRUE(o.error.empty()) << o.error;
   EXPECT_TRUE(o.windowed);
   EXPECT_EQ(o.sizeWidth, 333);
@@ -109,6 +109,8 @@ TEST(PlayerOptions, ReadsEveryOption) {
   EXPECT_TRUE(o.benchmark);
   EXPECT_TRUE(o.settings);
   EXPECT_FALSE(player({"--windowed"}).settings);
+  EXPECT_TRUE(o.lazyTargets);
+  EXPECT_FALSE(player({"--windowed"}).lazyTargets);
 }
 
 TEST(PlayerOptions, ProductionWordsAreLeftAlone) {
@@ -159,7 +161,7 @@ TEST(PlayerOptions, ShotsWithoutDirectoryGoToCurrent) { EXPECT_EQ(player({"--sho
 TEST(PlayerOptions, HelpNamesEveryOption) {
   const std::string help = playerHelpText();
   for (const char* word : {"-nomusic", "-music", "-fullscreen", "-res:", "--windowed", "--size", "--fixed-fps",
-                           "--from", "--to", "--capture", "--shots", "--benchmark", "--trace", "--settings",
+                           "--from", "--to", "--capture", "--shots", "--benchmark", "--trace", "--settings", "--lazy-targets",
                            "OSTRAVINE_DISPLAY_MODES", "--help"})
     EXPECT_NE(help.find(word), std::string::npos) << word;
 }

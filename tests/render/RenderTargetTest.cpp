@@ -624,11 +624,40 @@ std::vector<GLuint> allSlotTextures(const RenderTarget& rt) {
   return names;
 }
 
+// Sets lazySlotStorage for the lifetime of the object.
+struct ScopedLazyStorage {
+  explicit ScopedLazyStorage(bool on) : saved(lazySlotStorage) { lazySlotStorage = on; }
+  ~ScopedLazyStorage() { lazySlotStorage = saved; }
+  bool saved;
+};
+
 }  // namespace
+
+// The default: every slot texture has its full or half-size storage when the
+// constructor returns.
+TEST(RenderTargetStorage, ByDefaultEverySlotHasItsStorageFromTheStart) {
+  REQUIRE_TARGET_GL();
+  ScopedFramebuffers fb(false);
+  ScopedLazyStorage lazy(false);
+  std::unique_ptr<RenderTarget> rt(makePool(4));
+  testgl::drainErrors();
+  for (int s = 0; s < rt->slotCount; ++s) {
+    for (GLuint t : {rt->textureHigh[s], rt->textureHighAlternate[s]}) {
+      EXPECT_TRUE(rt->hasStorage(t));
+      EXPECT_EQ(textureLevelSize(t, GL_TEXTURE_WIDTH), 512);
+    }
+    for (GLuint t : {rt->textureLow[s], rt->textureLowAlternate[s]}) {
+      EXPECT_TRUE(rt->hasStorage(t));
+      EXPECT_EQ(textureLevelSize(t, GL_TEXTURE_WIDTH), 256);
+    }
+  }
+  EXPECT_TRUE(testgl::drainErrors().empty());
+}
 
 TEST(RenderTargetStorage, FreshPoolHasNoStorageUntilACopy) {
   REQUIRE_TARGET_GL();
   ScopedFramebuffers fb(false);
+  ScopedLazyStorage lazy(true);
   std::unique_ptr<RenderTarget> rt(makePool(4));
   testgl::drainErrors();
   for (GLuint t : allSlotTextures(*rt)) {
@@ -660,6 +689,7 @@ TEST(RenderTargetStorage, FreshPoolHasNoStorageUntilACopy) {
 TEST(RenderTargetStorage, SlotReadBeforeAnyCopyGivesTheSamePicture) {
   REQUIRE_TARGET_GL();
   ScopedFramebuffers fb(false);
+  ScopedLazyStorage lazyStorage(true);
   auto drawUnused = [](bool upFront, std::vector<uint8_t>* contents) {
     resetState();
     std::unique_ptr<RenderTarget> rt(makePool(4));
@@ -687,6 +717,7 @@ TEST(RenderTargetStorage, FramebufferSurfaceGetsItsStorageWhenBegun) {
   REQUIRE_TARGET_GL();
   REQUIRE_FRAMEBUFFERS();
   ScopedFramebuffers fb(true);
+  ScopedLazyStorage lazy(true);
   setGLErrorChecks(false);
   std::unique_ptr<RenderTarget> rt(makePool(3));
   testgl::drainErrors();
