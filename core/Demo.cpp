@@ -126,16 +126,7 @@ Demo::Demo(const std::string& title_, int32_t screenWidth_, int32_t screenHeight
   glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
 
   // The output font: a glyph grid of 16 columns and 14 rows from character 32.
-  textures->loadTexture("./images/fonge3bb.png", "basicOutputFont", nullptr, nullptr, false, nullptr, 1.0f, 0, true);
-  if (textures->findTextureId("basicOutputFont") != noTexture) {
-    TextureRecord& record = textures->findTextureRecord("basicOutputFont");
-    record.minFilter = GL_LINEAR_MIPMAP_LINEAR;
-    const float W = float(record.width), H = float(record.height);
-    // Name, first character, columns, rows, then the glyph size, the first
-    // glyph's centre and the step between cells, in pixels over the image size.
-    font = new Font(textures,
-                    FontAtlas{"basicOutputFont", 32, 16, 14, 58 / W, 54 / H, 39 / W, 30 / H, 80 / W, 58.5f / H});
-  }
+  if (Font* output = loadOutputFont(textures)) font = output;
 
   useAlternativeFont = false;
   frameTimer.start();

@@ -374,18 +374,8 @@ int runSettingsDialog(const SettingsDialogOptions& options) {
   // The texts in the production's font, from a store of the dialog's own
   // (its textures go with the window).
   TextureStore* textures = new TextureStore();
-  Font* font = nullptr;
-  glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
-  textures->loadTexture("./images/fonge3bb.png", "basicOutputFont", nullptr, nullptr, false, nullptr, 1.0f, 0, true);
-  if (textures->findTextureId("basicOutputFont") != noTexture) {
-    TextureRecord& record = textures->findTextureRecord("basicOutputFont");
-    record.minFilter = GL_LINEAR_MIPMAP_LINEAR;
-    const float W = float(record.width), H = float(record.height);
-    font = new Font(textures, FontAtlas{"basicOutputFont", 32, 16, 14, 58 / W, 54 / H, 39 / W, 30 / H, 80 / W,
-                                        58.5f / H});
-  } else {
-    printf("WARNING: ./images/fonge3bb.png not found: the settings dialog shows no texts.\n");
-  }
+  Font* font = loadOutputFont(textures);
+  if (!font) printf("WARNING: ./images/fonge3bb.png not found: the settings dialog shows no texts.\n");
   editorFont = font;
 
   DialogRun run(options);

@@ -169,3 +169,15 @@ void Font::draw(const std::string& text, bool centreLines, float columnOffset, f
   glDisable(GL_ALPHA_TEST);
   glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
 }
+
+Font* loadOutputFont(TextureStore* store) {
+  glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+  store->loadTexture("./images/fonge3bb.png", "basicOutputFont", nullptr, nullptr, false, nullptr, 1.0f, 0, true);
+  if (store->findTextureId("basicOutputFont") == noTexture) return nullptr;
+  TextureRecord& record = store->findTextureRecord("basicOutputFont");
+  record.minFilter = GL_LINEAR_MIPMAP_LINEAR;
+  const float W = float(record.width), H = float(record.height);
+  // Name, first character, columns, rows, then the glyph size, the first
+  // glyph's centre and the step between cells, in pixels over the image size.
+  return new Font(store, FontAtlas{"basicOutputFont", 32, 16, 14, 58 / W, 54 / H, 39 / W, 30 / H, 80 / W, 58.5f / H});
+}

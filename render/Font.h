@@ -94,3 +94,10 @@ class Font {
   int cursorRow = 0;            // the cursor stays where the last draw left it
   int cursorColumn = 0;
 };
+
+// The production's output font: loads "./images/fonge3bb.png" into `store`
+// as "basicOutputFont" (mipmapped, trilinear), a glyph grid of 16 columns and
+// 14 rows from character 32, and returns a font over it; null when the image
+// cannot be read (the store keeps no record then). Unpack alignment is set
+// to 1, as every upload of the start-up expects.
+Font* loadOutputFont(TextureStore* store);
