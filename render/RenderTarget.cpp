@@ -51,6 +51,7 @@ RenderTarget::RenderTarget(int32_t width_, int32_t height_, int32_t lowWidth_, i
   // 1. Slot count and the four texture arrays with their saved copies.
   slotCount = count < maxSlots ? count : maxSlots;
   if (slotCount < 0) slotCount = 0;  // a negative count has no slots
+  storageMissing = 4 * slotCount;
   if (slotCount > 0) {
     glGenTextures(slotCount, textureHigh);
     glGenTextures(slotCount, textureHighAlternate);
@@ -218,8 +219,9 @@ bool RenderTarget::hasStorage(GLuint texture) const {
 
 void RenderTarget::prepareStorage(GLuint texture) {
   int32_t kind = 0, slot = 0;
-  if (!findSlotTexture(texture, &kind, &slot) || storageMade[kind][slot]) return;
+  if (storageMissing == 0 || !findSlotTexture(texture, &kind, &slot) || storageMade[kind][slot]) return;
   storageMade[kind][slot] = true;
+  --storageMissing;
   const bool low = kind >= 2;
   // The same storage the textures once had from the start: RGBA, no data
   // (the driver clears it), so a slot read before anything was drawn into it

@@ -250,6 +250,7 @@ class RenderTarget {
   // Which slot textures have their storage, by kind (high, high alternate,
   // low, low alternate) and slot.
   bool storageMade[4][maxSlots];
+  int32_t storageMissing;  // slot textures still without storage: at 0 every bind skips the look-up
   bool findSlotTexture(GLuint texture, int32_t* kind, int32_t* slot) const;
   // prepareStorage, then binds the texture on the active unit.
   void bindSlotTexture(GLuint texture);

@@ -75,10 +75,7 @@ std::vector<std::string> assetFiles() {
   return files;
 }
 
-std::string readFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-}
+using testrun::readFile;
 
 // Bytes that look like nothing, the same in every run.
 std::string noise(size_t size, uint32_t seed) {

@@ -13,6 +13,7 @@
 #include "EditorTestSetup.h"
 #include "editor/EditorSession.h"
 #include "support/GLTestContext.h"
+#include "support/RunProgram.h"
 
 using namespace editortest;
 
@@ -63,12 +64,7 @@ class EditorSessionKeysTest : public ::testing::Test {
   TestScene& sceneB() { return *static_cast<TestScene*>(testScenes()[1]); }
 };
 
-std::string readFile(const std::string& path) {
-  std::ifstream in(path);
-  std::stringstream s;
-  s << in.rdbuf();
-  return s.str();
-}
+using testrun::readFile;
 
 }  // namespace
 

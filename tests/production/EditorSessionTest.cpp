@@ -19,12 +19,7 @@
 
 namespace {
 
-std::string readFile(const std::string& path) {
-  std::ifstream in(path);
-  std::stringstream s;
-  s << in.rdbuf();
-  return s.str();
-}
+using testrun::readFile;
 
 // The value of "<name> = ( v )" in the parameter_defaults section, or NaN.
 double defaultOf(const std::string& script, const std::string& name) {

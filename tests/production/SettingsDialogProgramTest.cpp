@@ -18,12 +18,7 @@
 
 namespace {
 
-std::string readFile(const std::string& path) {
-  std::ifstream in(path);
-  std::stringstream s;
-  s << in.rdbuf();
-  return s.str();
-}
+using testrun::readFile;
 
 bool has(const std::string& text, const std::string& piece) { return text.find(piece) != std::string::npos; }
 

@@ -38,10 +38,7 @@ struct TempDir {
   }
 };
 
-std::string readFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-}
+using testrun::readFile;
 
 // ffprobe's key=value lines for one stream ("v:0", "a:0"); empty when the
 // stream does not exist.

@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 
 namespace testrun {
@@ -111,6 +112,11 @@ std::vector<std::string> lines(const std::string& text) {
   std::string line;
   while (std::getline(in, line)) result.push_back(line);
   return result;
+}
+
+std::string readFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
 }
 
 }  // namespace testrun

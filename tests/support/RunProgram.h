@@ -37,5 +37,7 @@ Result runOstravineIn(const std::string& directory, const std::string& arguments
 
 // Lines of a text, without their line ends.
 std::vector<std::string> lines(const std::string& text);
+// The whole file as bytes; empty when it cannot be read.
+std::string readFile(const std::string& path);
 
 }  // namespace testrun
