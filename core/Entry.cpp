@@ -166,6 +166,8 @@ int ostravineMain(int argc, char** argv) {
     }
     printf("Settings dialog: Begin with %dx%d, wide display %d, fullscreen %d, exact pixels %d, audio %d.\n",
            screenWidth, screenHeight, int(wideDisplay), int(fullscreen), int(exactPixels), int(audioEnabled));
+    // The line above is what the dialog chose; say so when the command line overrules it.
+    if (fullscreen && player.windowed) puts("Settings dialog: --windowed overrules \"Fullscreen\": playing in a window.");
   }
 #endif
   if (player.windowed || makingVideo) fullscreen = false;
@@ -363,7 +365,7 @@ int ostravineMain(int argc, char** argv) {
     }
 
     // --video: this frame into the file.
-    if (makingVideo && (!recording.addFrame() || recording.complete())) break;
+    if (makingVideo && !recording.addFrame()) break;
 
     // 13: the end of the production.
     if (demo.position() > demo.endTime) break;
@@ -388,6 +390,9 @@ int ostravineMain(int argc, char** argv) {
       SDL_GL_SwapBuffers();
     }
     benchmark.frameEnds(demo);
+    // The video's last frame is shown and counted like the others; the file
+    // then has all it asked for.
+    if (makingVideo && recording.complete()) break;
 
     // 17: key flags for an active editor.
     keyLeftShift = theInput->key(SDLK_LSHIFT) > 0;

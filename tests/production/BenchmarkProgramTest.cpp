@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "core/VideoEncoder.h"
 #include "support/RunProgram.h"
 
 namespace {
@@ -93,4 +94,29 @@ TEST_F(BenchmarkProfile, WithoutTheOptionNothingIsProfiled) {
   ASSERT_EQ(r.exitStatus, 0) << r.out << r.err;
   EXPECT_EQ(r.out.find("pass-ms"), std::string::npos);
   EXPECT_EQ(r.out.find("draw-calls"), std::string::npos);
+}
+
+// A --video run counts every frame it writes, so its frame rate compares with
+// a plain run's over the same stretch: 200 ms at 25 fps is 5 frames in both.
+TEST_F(BenchmarkProfile, AVideoRunCountsTheFramesItWrites) {
+  if (findOnPath("ffmpeg").empty()) GTEST_SKIP() << "no ffmpeg";
+  const testrun::Result plain = benchmark(26500, 26700);
+  ASSERT_EQ(plain.exitStatus, 0) << plain.out << plain.err;
+  char pattern[] = "/tmp/ostravine-benchmark-XXXXXX";
+  ASSERT_NE(mkdtemp(pattern), nullptr);
+  const std::string file = std::string(pattern) + "/stretch.mp4";
+  const testrun::Result recorded = testrun::runOnDisplay(
+      "'" OSTRAVINE_EXECUTABLE "' -nomusic --windowed --size 160x90 --fixed-fps 25 --benchmark --from 26500 "
+      "--to 26700 --video '" + file + "'", OSTRAVINE_RUN_DIR);
+  testrun::run("rm -rf '" + std::string(pattern) + "'", "");
+  ASSERT_EQ(recorded.exitStatus, 0) << recorded.out << recorded.err;
+  EXPECT_NE(recorded.out.find("video: wrote " + file + ", 5 frames"), std::string::npos) << recorded.out;
+  const auto counted = [](const std::string& out) {
+    const std::string prefix = "benchmark: all frames ";
+    for (const std::string& line : testrun::lines(out))
+      if (line.compare(0, prefix.size(), prefix) == 0) return std::atoi(line.c_str() + prefix.size());
+    return -1;
+  };
+  EXPECT_EQ(counted(plain.out), 5) << plain.out;
+  EXPECT_EQ(counted(recorded.out), 5) << recorded.out;
 }

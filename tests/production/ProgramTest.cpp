@@ -103,7 +103,9 @@ TEST(Program, RewindsAndEndsByItselfOnTheTimer) {
     } else if (f.position + (255800 - f.position) * 36 >= 27800) {
       sawRewind = true;
       EXPECT_EQ(f.picture, 255800 - 35 * (f.position - 255800)) << f.position;
-      if (i > 0 && t[i - 1].position > 255800) EXPECT_LT(f.step, 0);
+      if (i > 0 && t[i - 1].position > 255800) {
+        EXPECT_LT(f.step, 0);
+      }
     } else {
       sawLanding = true;
       // The first frame past the landing fixes the offset; the picture then

@@ -51,6 +51,8 @@ TEST(SettingsDialogProgram, ASizeChosenInTheListAndExactPixelsClickedOffReachThe
   EXPECT_TRUE(has(log, "trace: settings opened: size 800x576 wide 1 fullscreen 1 exactPixels 1 audio 0\n")) << log;
   EXPECT_TRUE(has(log, "Settings dialog: Begin with 1280x800, wide display 1, fullscreen 1, exact pixels 0, audio 0.\n"))
       << log;
+  // The session runs with --windowed, which overrules the checked "Fullscreen", and the log says so.
+  EXPECT_TRUE(has(log, "Settings dialog: --windowed overrules \"Fullscreen\": playing in a window.\n")) << log;
   // Without exact pixels the area is the largest powers of two that fit.
   EXPECT_TRUE(has(log, "Screen effective area size: 1024, 512\n")) << log;
   EXPECT_TRUE(has(log, "Render-target size: 1024, 512\n")) << log;

@@ -121,7 +121,7 @@ TEST(CameraGL, LookAtUsesTheCorrectedUp) {
   c.pitch = 0.001f;  // small angles still enter the denominator: 32 + 1 + 1e-6
   c.up = Vector3(0, 1, 0);
   c.apply();
-  float withCorrectedUp[16], withTrueUp[16];
+  float withCorrectedUp[16];
   identity(withCorrectedUp);
   rotate(withCorrectedUp, c.pitch, 1, 0, 0);
   lookAt(withCorrectedUp, c.eye(), c.centre(), c.correctedUp());
