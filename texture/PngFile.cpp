@@ -4,6 +4,7 @@
 
 #include <csetjmp>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 
 namespace {
@@ -52,6 +53,43 @@ bool encodeWholeImage(png_structp png, png_infop info, FILE* file, png_bytepp ro
   return true;
 }
 
+// Deflate expands at most 1032 times: a block whose only codes are one bit
+// for a 258-byte match and one bit for its distance of 1 gives 258 bytes for
+// every two bits read.
+constexpr uint64_t deflateGreatestExpansion = 1032;
+
+uint32_t readBigEndian(const png_byte* p) {
+  return uint32_t(p[0]) << 24 | uint32_t(p[1]) << 16 | uint32_t(p[2]) << 8 | uint32_t(p[3]);
+}
+
+// Whether the IHDR chunk (its length, type and 13 data bytes, as they follow
+// the signature) declares more pixel bits than a file of fileSize bytes can
+// decompress to. libpng allocates every row of the declared image before it
+// reads the data, so a damaged header in a file of a few hundred bytes would
+// otherwise reserve up to 4 GiB on each load. False whenever libpng's own
+// checks decide: a first chunk that is no IHDR, an unknown colour type, a
+// side beyond the limit.
+bool declaresMoreThanTheFileHolds(const png_byte* chunk, uint64_t fileSize) {
+  if (readBigEndian(chunk) != 13 || std::memcmp(chunk + 4, "IHDR", 4) != 0) return false;
+  const uint64_t width = readBigEndian(chunk + 8);
+  const uint64_t height = readBigEndian(chunk + 12);
+  const uint64_t bitDepth = chunk[16];
+  if (width > maxImageSide || height > maxImageSide || bitDepth > 16) return false;
+  uint64_t channels = 0;
+  switch (chunk[17]) {
+    case PNG_COLOR_TYPE_GRAY: channels = 1; break;
+    case PNG_COLOR_TYPE_RGB: channels = 3; break;
+    case PNG_COLOR_TYPE_PALETTE: channels = 1; break;
+    case PNG_COLOR_TYPE_GRAY_ALPHA: channels = 2; break;
+    case PNG_COLOR_TYPE_RGB_ALPHA: channels = 4; break;
+    default: return false;
+  }
+  // The pixel bits alone, without filter bytes and row padding: less than
+  // any layout, interlaced or not, decompresses to.
+  const uint64_t imageBytes = width * height * channels * bitDepth / 8;
+  return imageBytes > fileSize * deflateGreatestExpansion;
+}
+
 }  // namespace
 
 // ---------------------------------------------------------------------------
@@ -96,6 +134,16 @@ int readPngImage(const std::string& path, std::vector<uint8_t>& outPixels, int32
   png_byte signature[pngSignatureSize] = {0, 0, 0, 0, 0, 0, 0, 0};
   if (std::fread(signature, 1, pngSignatureSize, file.get()) != pngSignatureSize) return 5;
   if (png_sig_cmp(signature, 0, pngSignatureSize) != 0) return 5;
+
+  // A header that declares more than the file can hold is damage: refused
+  // as libpng would refuse it once the data runs out, but before the rows
+  // of the declared size are allocated.
+  png_byte header[21];
+  if (std::fread(header, 1, sizeof header, file.get()) == sizeof header && std::fseek(file.get(), 0, SEEK_END) == 0) {
+    const long fileSize = std::ftell(file.get());
+    if (fileSize > 0 && declaresMoreThanTheFileHolds(header, uint64_t(fileSize))) return 6;
+  }
+  if (std::fseek(file.get(), long(pngSignatureSize), SEEK_SET) != 0) return 6;
 
   png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
   if (!png) return 6;

@@ -20,7 +20,9 @@
 //      in any of its 8 bytes; or a PNG that is not 8-bit RGB or RGBA
 //      (palette, grey, grey+alpha, 16-bit)
 //   6  libpng could not start, or reported an error (a damaged or truncated
-//      body, or a side above 32768 pixels, more than any texture can take)
+//      body, or a side above 32768 pixels, more than any texture can take);
+//      or the header declares more pixels than the file could decompress
+//      to (refused before any row is allocated)
 int readPngImage(const std::string& path, std::vector<uint8_t>& outPixels, int32_t& outWidth,
                  int32_t& outHeight, const float* colourScale, const float* colourOffset,
                  float saturation);

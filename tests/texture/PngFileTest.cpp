@@ -5,6 +5,7 @@
 #include <zlib.h>
 
 #include <cmath>
+#include <cstdio>
 #include <cstring>
 
 #include "TestPngFiles.h"
@@ -194,6 +195,69 @@ TEST(PngRead, HeaderClaimingAHugeImageGivesSixWithoutAllocatingIt) {
   Read r = readPlain(dir + "limit.png");
   EXPECT_EQ(r.code, 0);
   EXPECT_EQ(r.width, 32768);
+}
+
+// This process's peak of virtual memory (VmPeak), in KiB.
+long peakVirtualKiB() {
+  FILE* status = fopen("/proc/self/status", "r");
+  if (!status) return -1;
+  char line[256];
+  long kib = -1;
+  while (fgets(line, sizeof line, status))
+    if (sscanf(line, "VmPeak: %ld kB", &kib) == 1) break;
+  fclose(status);
+  return kib;
+}
+
+// Sets the IHDR's width and height of a PNG file's bytes and mends the chunk's CRC.
+void setDeclaredSize(std::vector<uint8_t>& file, uint32_t width, uint32_t height) {
+  for (int i = 0; i < 4; ++i) {
+    file[16 + i] = uint8_t(width >> (24 - 8 * i));
+    file[20 + i] = uint8_t(height >> (24 - 8 * i));
+  }
+  const uLong crc = crc32(crc32(0, nullptr, 0), &file[12], 17);
+  for (int i = 0; i < 4; ++i) file[29 + i] = uint8_t(crc >> (24 - 8 * i));
+}
+
+TEST(PngRead, AHeaderDeclaringMoreThanTheFileCanHoldIsRefusedBeforeItsRowsAreAllocated) {
+  const std::string dir = testpng::scratchDirectory();
+  ASSERT_TRUE(testpng::writeRgb(dir + "small.png", 4, 4, testpng::pattern(4, 4, 3)));
+  std::vector<uint8_t> file = testpng::readFile(dir + "small.png");
+  // Within the side limit, 30000 x 30000 RGB is 2.7 GB of pixels from a file
+  // of about 100 bytes: libpng would allocate every row before finding the
+  // data short. (Each test runs in a process of its own, so the peak is this
+  // read's; a sanitizer build reserves its heap up front and shows no growth
+  // either way.)
+  setDeclaredSize(file, 30000, 30000);
+  testpng::writeFile(dir + "damaged.png", file);
+  const long before = peakVirtualKiB();
+  ASSERT_GT(before, 0);
+  EXPECT_EQ(readPlain(dir + "damaged.png").code, 6);
+  EXPECT_LT(peakVirtualKiB() - before, 256L * 1024) << "KiB more at the peak";
+  // The same for every colour type and depth libpng knows: refused alike.
+  for (const uint8_t type : {0, 2, 3, 4, 6}) {
+    file[25] = type;
+    file[24] = type == 3 ? 1 : 8;  // a palette of one bit a pixel: 112 MB still
+    setDeclaredSize(file, 30000, 30000);
+    testpng::writeFile(dir + "damaged.png", file);
+    EXPECT_EQ(readPlain(dir + "damaged.png").code, 6) << int(type);
+  }
+}
+
+TEST(PngRead, AnImageNearDeflatesGreatestExpansionStillReads) {
+  // One colour over 2048 x 2048 at level 9 compresses close to deflate's
+  // limit of 1032 : 1; the refusal of impossible headers must leave it be.
+  const std::string dir = testpng::scratchDirectory();
+  const int side = 2048;
+  const std::vector<uint8_t> rgba(size_t(side) * side * 4, 200);
+  ASSERT_EQ(writePngImage(dir + "solid.png", rgba.data(), side, side), 0);
+  const size_t fileSize = testpng::readFile(dir + "solid.png").size();
+  EXPECT_GT(fileSize * 1032, rgba.size());
+  EXPECT_LT(fileSize * 1032 / 2, rgba.size()) << "the file is not near the limit: " << fileSize << " bytes";
+  Read r = readPlain(dir + "solid.png");
+  ASSERT_EQ(r.code, 0);
+  EXPECT_EQ(r.width, side);
+  EXPECT_EQ(r.pixels, rgba);
 }
 
 TEST(PngRead, GarbageAfterSignatureGivesSix) {
