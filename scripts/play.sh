@@ -4,12 +4,14 @@
 # there is nothing to watch: it says so and renders the film instead, with
 # its music, to ostravine.mp4 in the folder it was started from, at
 # 1280x720, with a progress bar (arguments still go to the program).
+# SKIP_DEPS=1 and SKIP_BUILD=1 leave out the first two steps; BUILD_DIR names
+# another build folder (as for build.sh).
 set -euo pipefail
 here=$PWD
 cd "$(dirname "$0")/.."
-bash scripts/install-deps.sh
-bash scripts/build.sh
-cd build/run
+[ "${SKIP_DEPS:-0}" = 1 ] || bash scripts/install-deps.sh
+[ "${SKIP_BUILD:-0}" = 1 ] || bash scripts/build.sh
+cd "${BUILD_DIR:-build}/run"
 if [ -n "${DISPLAY:-}" ]; then
   exec ./ostravine "$@"
 fi

@@ -257,3 +257,31 @@ TEST(Video, ContainersFollowTheExtension) {
     EXPECT_EQ(v["nb_read_frames"], "3");
   }
 }
+
+// The README's play command on a machine without a display: one line says
+// so, and the film (here a stretch of three frames, --from and --to going to
+// the program) is rendered with its music into ostravine.mp4 in the folder
+// the command was started from, at 1280x720, with the progress bar.
+TEST(Video, ThePlayCommandWithoutADisplayRendersTheFilmIntoTheCurrentFolder) {
+  REQUIRE_FFMPEG();
+  if (findOnPath("xvfb-run").empty()) GTEST_SKIP() << "no xvfb-run";
+  TempDir d;
+  ASSERT_FALSE(d.path.empty());
+  testrun::Result r = testrun::run("env -u DISPLAY SKIP_DEPS=1 SKIP_BUILD=1 BUILD_DIR='" OSTRAVINE_BINARY_DIR
+                                   "' bash '" OSTRAVINE_SOURCE_DIR "/scripts/play.sh' --from 60000 --to 60050",
+                                   d.path, 300);
+  ASSERT_EQ(r.exitStatus, 0) << r.out << r.err;
+  const std::vector<std::string> out = testrun::lines(r.out);
+  ASSERT_FALSE(out.empty());
+  EXPECT_EQ(out[0], "No display (DISPLAY is not set): rendering the film to " + d.path +
+                        "/ostravine.mp4 at 1280x720 instead of playing it.");
+  EXPECT_TRUE(has(r.out, "video: wrote " + d.path + "/ostravine.mp4, 3 frames of 1280x720 at 60 fps, with the music\n"))
+      << r.out;
+  EXPECT_TRUE(has(r.err, "video 3/3 frames 100.0%")) << r.err;
+  std::map<std::string, std::string> v = probe(d.path + "/ostravine.mp4", "v:0");
+  EXPECT_EQ(v["codec_name"], "h264");
+  EXPECT_EQ(v["width"], "1280");
+  EXPECT_EQ(v["height"], "720");
+  EXPECT_EQ(v["nb_read_frames"], "3");
+  EXPECT_EQ(probe(d.path + "/ostravine.mp4", "a:0")["codec_name"], "aac");
+}
