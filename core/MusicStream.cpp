@@ -10,6 +10,7 @@
 #include <mpg123.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <cstring>
 #include <mutex>
 
@@ -23,6 +24,16 @@ int64_t steadyMicros() {
   return std::chrono::duration_cast<std::chrono::microseconds>(
              std::chrono::steady_clock::now().time_since_epoch())
       .count();
+}
+
+// The process may end by exit() with the stream still playing (the frame
+// loop's exit leaves the Demo, and with it this stream, undestroyed). The
+// SDL 1.2 layer unloads SDL 2 in a library destructor at process exit; if
+// SDL 2's audio thread is inside the device callback then, it runs into
+// unmapped code. Closing the device first joins that thread. Handlers
+// registered with atexit run before the libraries' destructors.
+void closeAudioAtExit() {
+  if (SDL_WasInit(SDL_INIT_AUDIO)) SDL_CloseAudio();
 }
 
 bool initialiseDecoderLibrary() {
@@ -121,6 +132,8 @@ bool MusicStream::open(const std::string& path) {
   }
   audioInitialised = startedAudio;
   opened = true;
+  static std::once_flag registered;
+  std::call_once(registered, [] { std::atexit(closeAudioAtExit); });
   return true;
 }
 

@@ -20,6 +20,8 @@ public:
   // Opens the stream paused at position 0. False on any failure: a missing
   // or undecodable file, no audio device, or a stream that is already open
   // (the second successful call is refused, the first stays as it was).
+  // Once a stream has opened, process exit closes the audio device before
+  // the libraries unload, also for a stream that is never destroyed.
   bool open(const std::string& path);
 
   void setPaused(bool paused);

@@ -12,6 +12,9 @@
 #include <thread>
 #include <vector>
 
+#include <SDL.h>
+#include <unistd.h>
+
 #include "core/MusicStream.h"
 #include "support/RunProgram.h"
 
@@ -86,6 +89,10 @@ protected:
 };
 
 void sleepMs(int ms) { std::this_thread::sleep_for(std::chrono::milliseconds(ms)); }
+
+// An exit handler registered before the stream opens runs after the
+// stream's own: it tells by its exit status whether the device is closed.
+void exitWithTheDeviceStatus() { _exit(SDL_GetAudioStatus() == SDL_AUDIO_STOPPED ? 0 : 3); }
 
 }  // namespace
 
@@ -297,4 +304,25 @@ TEST_F(MusicStreamTest, MonoFileAtAnotherRate) {
   EXPECT_EQ(music.positionMs(), 1234u);
   music.setPaused(false);
   ASSERT_GE(waitForPosition(music, 1500), 0);
+}
+
+// The frame loop ends the process with exit() and leaves the stream
+// undestroyed and playing. The device must be closed before the libraries'
+// destructors run (the SDL 1.2 layer unloads SDL 2 then, under its audio
+// thread); a handler that runs after the stream's own finds it closed.
+TEST_F(MusicStreamTest, ProcessExitClosesAPlayingDeviceThatWasNeverDestroyed) {
+  // A child that runs this test alone from the start: no stream of an
+  // earlier test has registered its handler there.
+  ::testing::FLAGS_gtest_death_test_style = "threadsafe";
+  EXPECT_EXIT(
+      {
+        std::atexit(exitWithTheDeviceStatus);
+        MusicStream* music = new MusicStream();  // never deleted, as the Demo on the frame loop's stack
+        if (!music->open(mp3)) _exit(4);
+        music->setPaused(false);
+        sleepMs(100);
+        if (SDL_GetAudioStatus() != SDL_AUDIO_PLAYING) _exit(5);
+        std::exit(0);
+      },
+      ::testing::ExitedWithCode(0), "");
 }
