@@ -44,25 +44,21 @@ for t in "${targets[@]}"; do
   cp -n fuzz/corpus/$t/* "$corpus"/ 2>/dev/null || true
   run=()
   options=ASAN_OPTIONS=detect_leaks=1
-  limits=()
   if [ $t = png ]; then
     [ -n "${DISPLAY:-}" ] || run=(xvfb-run -a -s "-screen 0 640x480x24 -noreset")
     options=ASAN_OPTIONS=detect_leaks=0  # the GL driver keeps memory to the end on purpose
-    # Headers may declare images of hundreds of MiB that libpng allocates
-    # before it finds the data short; with the sanitizer's quarantine and
-    # allocator caches the process passes 2 GiB after a few million inputs
-    # without leaking (LeakSanitizer finds nothing per input).
-    limits=(-rss_limit_mb=4096)
   fi
   parallel=()
   [ "$jobs" -gt 1 ] && parallel=(-jobs="$jobs" -workers="$jobs")
   before=$(ls "$crashes" | wc -l)
-  # -close_fd_mask=1: the readers' messages on stdout would drown the log.
+  # -close_fd_mask=3: the readers' messages (and libpng's on stderr, a
+  # line or two per input) would drown the log; libFuzzer's own lines and
+  # the sanitizers' reports still reach it.
   # The run has a session of its own, so that the CPU time of all its
   # processes (workers, Xvfb) can be summed.
   set +e
   setsid env $options UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 "${run[@]}" $build/fuzz/fuzz_$t \
-    -max_total_time="$seconds" "${parallel[@]}" "${limits[@]}" -close_fd_mask=1 -print_final_stats=1 \
+    -max_total_time="$seconds" "${parallel[@]}" -close_fd_mask=3 -print_final_stats=1 \
     -artifact_prefix="$crashes/" "$corpus" >"$log" 2>&1 &
   session=$!
   stopped=0

@@ -3,8 +3,8 @@
 # sanitizer build of scripts/test.sh (build-sanitize/) plays the timeline on
 # the fixed clock at a small size, rewind and end included, and the script
 # fails on the first report. Too long for CI: at the defaults (160x90, 10
-# frames a second, 2636 frames) expect tens of minutes with Mesa's software
-# renderer.
+# frames a second, 2636 frames) it took a few minutes on a 2-core machine
+# with Mesa's software renderer (134 s, besides a fuzzing run).
 #
 #   bash scripts/sanitize-film.sh                          # the whole film
 #   SIZE=320x180 FPS=25 bash scripts/sanitize-film.sh      # larger, finer
