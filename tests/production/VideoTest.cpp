@@ -56,6 +56,12 @@ std::map<std::string, std::string> probe(const std::string& file, const std::str
   return values;
 }
 
+// The first video stream in a line: "codec WIDTHxHEIGHT, N frames".
+std::string videoStream(const std::string& file) {
+  std::map<std::string, std::string> v = probe(file, "v:0");
+  return v["codec_name"] + " " + v["width"] + "x" + v["height"] + ", " + v["nb_read_frames"] + " frames";
+}
+
 // Every video frame decoded to packed RGB, one after the other.
 std::string decodedFrames(const std::string& file, const std::string& dir) {
   const std::string raw = dir + "/decoded.rgb";
@@ -156,11 +162,7 @@ TEST(Video, ExactFrameCountSameFramesAndTheMusicBeside) {
   ASSERT_EQ(second.exitStatus, 0) << second.out << second.err;
   EXPECT_TRUE(has(second.out, "10 frames of 64x36 at 20 fps, no sound\n")) << second.out;
 
-  std::map<std::string, std::string> v = probe(d.path + "/a.mp4", "v:0");
-  EXPECT_EQ(v["codec_name"], "h264");
-  EXPECT_EQ(v["width"], "64");
-  EXPECT_EQ(v["height"], "36");
-  EXPECT_EQ(v["nb_read_frames"], "10");
+  EXPECT_EQ(videoStream(d.path + "/a.mp4"), "h264 64x36, 10 frames");
   EXPECT_EQ(probe(d.path + "/b.mp4", "v:0")["nb_read_frames"], "10");
   std::map<std::string, std::string> a = probe(d.path + "/a.mp4", "a:0");
   EXPECT_EQ(a["codec_name"], "aac");
@@ -278,10 +280,6 @@ TEST(Video, ThePlayCommandWithoutADisplayRendersTheFilmIntoTheCurrentFolder) {
   EXPECT_TRUE(has(r.out, "video: wrote " + d.path + "/ostravine.mp4, 3 frames of 1280x720 at 60 fps, with the music\n"))
       << r.out;
   EXPECT_TRUE(has(r.err, "video 3/3 frames 100.0%")) << r.err;
-  std::map<std::string, std::string> v = probe(d.path + "/ostravine.mp4", "v:0");
-  EXPECT_EQ(v["codec_name"], "h264");
-  EXPECT_EQ(v["width"], "1280");
-  EXPECT_EQ(v["height"], "720");
-  EXPECT_EQ(v["nb_read_frames"], "3");
+  EXPECT_EQ(videoStream(d.path + "/ostravine.mp4"), "h264 1280x720, 3 frames");
   EXPECT_EQ(probe(d.path + "/ostravine.mp4", "a:0")["codec_name"], "aac");
 }
