@@ -58,10 +58,6 @@ bool encodeWholeImage(png_structp png, png_infop info, FILE* file, png_bytepp ro
 // every two bits read.
 constexpr uint64_t deflateGreatestExpansion = 1032;
 
-uint32_t readBigEndian(const png_byte* p) {
-  return uint32_t(p[0]) << 24 | uint32_t(p[1]) << 16 | uint32_t(p[2]) << 8 | uint32_t(p[3]);
-}
-
 // Whether the IHDR chunk (its length, type and 13 data bytes, as they follow
 // the signature) declares more pixel bits than a file of fileSize bytes can
 // decompress to. libpng allocates every row of the declared image before it
@@ -70,9 +66,9 @@ uint32_t readBigEndian(const png_byte* p) {
 // checks decide: a first chunk that is no IHDR, an unknown colour type, a
 // side beyond the limit.
 bool declaresMoreThanTheFileHolds(const png_byte* chunk, uint64_t fileSize) {
-  if (readBigEndian(chunk) != 13 || std::memcmp(chunk + 4, "IHDR", 4) != 0) return false;
-  const uint64_t width = readBigEndian(chunk + 8);
-  const uint64_t height = readBigEndian(chunk + 12);
+  if (png_get_uint_32(chunk) != 13 || std::memcmp(chunk + 4, "IHDR", 4) != 0) return false;
+  const uint64_t width = png_get_uint_32(chunk + 8);
+  const uint64_t height = png_get_uint_32(chunk + 12);
   const uint64_t bitDepth = chunk[16];
   if (width > maxImageSide || height > maxImageSide || bitDepth > 16) return false;
   uint64_t channels = 0;

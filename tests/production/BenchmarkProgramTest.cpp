@@ -30,10 +30,13 @@ std::map<std::string, double> figures(const std::string& out, const std::string&
   return result;
 }
 
-testrun::Result benchmark(int fromMs, int toMs, const std::string& environment = "") {
+// A benchmark run of the stretch; `environment` goes before the command,
+// `moreArguments` after it.
+testrun::Result benchmark(int fromMs, int toMs, const std::string& environment = "",
+                          const std::string& moreArguments = "") {
   return testrun::runOnDisplay(environment + "'" OSTRAVINE_EXECUTABLE "' -nomusic --windowed --size 160x90 "
                                "--fixed-fps 25 --benchmark --from " + std::to_string(fromMs) + " --to " +
-                               std::to_string(toMs), OSTRAVINE_RUN_DIR);
+                               std::to_string(toMs) + moreArguments, OSTRAVINE_RUN_DIR);
 }
 
 class BenchmarkProfile : public ::testing::Test {
@@ -102,13 +105,10 @@ TEST_F(BenchmarkProfile, AVideoRunCountsTheFramesItWrites) {
   if (findOnPath("ffmpeg").empty()) GTEST_SKIP() << "no ffmpeg";
   const testrun::Result plain = benchmark(26500, 26700);
   ASSERT_EQ(plain.exitStatus, 0) << plain.out << plain.err;
-  char pattern[] = "/tmp/ostravine-benchmark-XXXXXX";
-  ASSERT_NE(mkdtemp(pattern), nullptr);
-  const std::string file = std::string(pattern) + "/stretch.mp4";
-  const testrun::Result recorded = testrun::runOnDisplay(
-      "'" OSTRAVINE_EXECUTABLE "' -nomusic --windowed --size 160x90 --fixed-fps 25 --benchmark --from 26500 "
-      "--to 26700 --video '" + file + "'", OSTRAVINE_RUN_DIR);
-  testrun::run("rm -rf '" + std::string(pattern) + "'", "");
+  const testrun::TempDir d("benchmark");
+  ASSERT_FALSE(d.path.empty());
+  const std::string file = d.path + "/stretch.mp4";
+  const testrun::Result recorded = benchmark(26500, 26700, "", " --video '" + file + "'");
   ASSERT_EQ(recorded.exitStatus, 0) << recorded.out << recorded.err;
   EXPECT_NE(recorded.out.find("video: wrote " + file + ", 5 frames"), std::string::npos) << recorded.out;
   const auto counted = [](const std::string& out) {

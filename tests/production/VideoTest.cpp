@@ -26,18 +26,6 @@ bool has(const std::string& text, const std::string& what) { return text.find(wh
 #define REQUIRE_FFMPEG() \
   if (findOnPath("ffmpeg").empty() || findOnPath("ffprobe").empty()) GTEST_SKIP() << "no ffmpeg"
 
-// A fresh folder under /tmp, removed at the end of the test.
-struct TempDir {
-  std::string path;
-  TempDir() {
-    char pattern[] = "/tmp/ostravine-video-XXXXXX";
-    if (mkdtemp(pattern)) path = pattern;
-  }
-  ~TempDir() {
-    if (!path.empty()) testrun::run("rm -rf '" + path + "'", "");
-  }
-};
-
 using testrun::readFile;
 
 // ffprobe's key=value lines for one stream ("v:0", "a:0"); empty when the
@@ -148,7 +136,7 @@ TEST(Video, WithoutFfmpegOneLineAndStatus2) {
 TEST(Video, ExactFrameCountSameFramesAndTheMusicBeside) {
   REQUIRE_DISPLAY();
   REQUIRE_FFMPEG();
-  TempDir d;
+  testrun::TempDir d("video");
   const std::string range = " --size 64x36 --fixed-fps 20 --from 15000 --to 15500 --video ";
   testrun::Result first = testrun::runOnDisplay(exe + range + "'" + d.path + "/a.mp4'", OSTRAVINE_RUN_DIR, 300);
   ASSERT_EQ(first.exitStatus, 0) << first.out << first.err;
@@ -185,7 +173,7 @@ TEST(Video, ExactFrameCountSameFramesAndTheMusicBeside) {
 TEST(Video, LosslessFramesAreTheShownFramesAndTheSoundIsInStep) {
   REQUIRE_DISPLAY();
   REQUIRE_FFMPEG();
-  TempDir d;
+  testrun::TempDir d("video");
   testrun::Result r = testrun::runOnDisplay(exe + std::string("--size 40x30 --fixed-fps 20 --from 15000 --to 15300 "
                                                               "--lossless --capture '") +
                                                 d.path + "' --video '" + d.path + "/film.mkv'",
@@ -244,7 +232,7 @@ TEST(Video, LosslessFramesAreTheShownFramesAndTheSoundIsInStep) {
 TEST(Video, ContainersFollowTheExtension) {
   REQUIRE_DISPLAY();
   REQUIRE_FFMPEG();
-  TempDir d;
+  testrun::TempDir d("video");
   for (const std::string name : {"film.webm", "film.mkv"}) {
     testrun::Result r = testrun::runOnDisplay(
         exe + std::string("--size 33x21 --fixed-fps 10 --from 15000 --to 15300 --video '") + d.path + "/" + name + "'",
@@ -267,7 +255,7 @@ TEST(Video, ContainersFollowTheExtension) {
 TEST(Video, ThePlayCommandWithoutADisplayRendersTheFilmIntoTheCurrentFolder) {
   REQUIRE_FFMPEG();
   if (findOnPath("xvfb-run").empty()) GTEST_SKIP() << "no xvfb-run";
-  TempDir d;
+  testrun::TempDir d("video");
   ASSERT_FALSE(d.path.empty());
   testrun::Result r = testrun::run("env -u DISPLAY SKIP_DEPS=1 SKIP_BUILD=1 BUILD_DIR='" OSTRAVINE_BINARY_DIR
                                    "' bash '" OSTRAVINE_SOURCE_DIR "/scripts/play.sh' --from 60000 --to 60050",

@@ -114,6 +114,15 @@ std::vector<std::string> lines(const std::string& text) {
   return result;
 }
 
+TempDir::TempDir(const std::string& name) {
+  std::string pattern = "/tmp/ostravine-" + name + "-XXXXXX";
+  if (mkdtemp(&pattern[0])) path = pattern;
+}
+
+TempDir::~TempDir() {
+  if (!path.empty()) run("rm -rf '" + path + "'", "");
+}
+
 std::string readFile(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());

@@ -35,6 +35,16 @@ std::string scratchRunDirectory(const std::string& name, bool withScript, const 
 // Runs the ostravine executable in that directory with the given arguments.
 Result runOstravineIn(const std::string& directory, const std::string& arguments, int timeoutSeconds = 120);
 
+// A fresh folder /tmp/ostravine-<name>-XXXXXX, removed with everything in it
+// when the object goes; `path` is empty when it could not be made.
+struct TempDir {
+  std::string path;
+  explicit TempDir(const std::string& name);
+  ~TempDir();
+  TempDir(const TempDir&) = delete;
+  TempDir& operator=(const TempDir&) = delete;
+};
+
 // Lines of a text, without their line ends.
 std::vector<std::string> lines(const std::string& text);
 // The whole file as bytes; empty when it cannot be read.

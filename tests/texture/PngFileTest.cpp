@@ -66,6 +66,28 @@ std::vector<Chunk> chunksOf(const std::vector<uint8_t>& file) {
   return chunks;
 }
 
+// Sets the IHDR's width and height of a PNG file's bytes and mends the chunk's CRC.
+void setDeclaredSize(std::vector<uint8_t>& file, uint32_t width, uint32_t height) {
+  for (int i = 0; i < 4; ++i) {
+    file[16 + i] = uint8_t(width >> (24 - 8 * i));
+    file[20 + i] = uint8_t(height >> (24 - 8 * i));
+  }
+  const uLong crc = crc32(crc32(0, nullptr, 0), &file[12], 17);
+  for (int i = 0; i < 4; ++i) file[29 + i] = uint8_t(crc >> (24 - 8 * i));
+}
+
+// This process's peak of virtual memory (VmPeak), in KiB.
+long peakVirtualKiB() {
+  FILE* status = fopen("/proc/self/status", "r");
+  if (!status) return -1;
+  char line[256];
+  long kib = -1;
+  while (fgets(line, sizeof line, status))
+    if (sscanf(line, "VmPeak: %ld kB", &kib) == 1) break;
+  fclose(status);
+  return kib;
+}
+
 }  // namespace
 
 // ---------------------------------------------------------------------------
@@ -176,15 +198,9 @@ TEST(PngRead, HeaderClaimingAHugeImageGivesSixWithoutAllocatingIt) {
   const std::string dir = testpng::scratchDirectory();
   ASSERT_TRUE(testpng::writeRgb(dir + "small.png", 4, 4, testpng::pattern(4, 4, 3)));
   std::vector<uint8_t> file = testpng::readFile(dir + "small.png");
-  // IHDR data starts at byte 16: width and height, big-endian; then fix the CRC.
   const uint32_t sides[][2] = {{100000, 100000}, {32769, 1}, {1, 40000}};
   for (const auto& side : sides) {
-    for (int i = 0; i < 4; ++i) {
-      file[16 + i] = uint8_t(side[0] >> (24 - 8 * i));
-      file[20 + i] = uint8_t(side[1] >> (24 - 8 * i));
-    }
-    const uLong crc = crc32(crc32(0, nullptr, 0), &file[12], 17);
-    for (int i = 0; i < 4; ++i) file[29 + i] = uint8_t(crc >> (24 - 8 * i));
+    setDeclaredSize(file, side[0], side[1]);
     testpng::writeFile(dir + "huge.png", file);
     EXPECT_EQ(readPlain(dir + "huge.png").code, 6) << side[0] << "x" << side[1];
   }
@@ -195,28 +211,6 @@ TEST(PngRead, HeaderClaimingAHugeImageGivesSixWithoutAllocatingIt) {
   Read r = readPlain(dir + "limit.png");
   EXPECT_EQ(r.code, 0);
   EXPECT_EQ(r.width, 32768);
-}
-
-// This process's peak of virtual memory (VmPeak), in KiB.
-long peakVirtualKiB() {
-  FILE* status = fopen("/proc/self/status", "r");
-  if (!status) return -1;
-  char line[256];
-  long kib = -1;
-  while (fgets(line, sizeof line, status))
-    if (sscanf(line, "VmPeak: %ld kB", &kib) == 1) break;
-  fclose(status);
-  return kib;
-}
-
-// Sets the IHDR's width and height of a PNG file's bytes and mends the chunk's CRC.
-void setDeclaredSize(std::vector<uint8_t>& file, uint32_t width, uint32_t height) {
-  for (int i = 0; i < 4; ++i) {
-    file[16 + i] = uint8_t(width >> (24 - 8 * i));
-    file[20 + i] = uint8_t(height >> (24 - 8 * i));
-  }
-  const uLong crc = crc32(crc32(0, nullptr, 0), &file[12], 17);
-  for (int i = 0; i < 4; ++i) file[29 + i] = uint8_t(crc >> (24 - 8 * i));
 }
 
 TEST(PngRead, AHeaderDeclaringMoreThanTheFileCanHoldIsRefusedBeforeItsRowsAreAllocated) {
